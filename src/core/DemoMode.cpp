@@ -1,0 +1,37 @@
+#include "DemoMode.h"
+
+#include <QCoreApplication>
+
+namespace orvan {
+
+namespace {
+bool launchedWithDemo()
+{
+    return QCoreApplication::instance() && QCoreApplication::arguments().contains(QStringLiteral("--demo"));
+}
+} // namespace
+
+DemoMode::DemoMode(bool active)
+    : m_active(active)
+{
+}
+
+DemoMode& DemoMode::shared()
+{
+    static DemoMode* instance = new DemoMode(launchedWithDemo()); // lives as long as the process
+    return *instance;
+}
+
+void DemoMode::setActive(bool active)
+{
+    m_active = active;
+    emit activeChanged(active);
+}
+
+QMetaObject::Connection DemoMode::subscribe(QObject* context, std::function<void(bool)> observer)
+{
+    observer(m_active);
+    return connect(this, &DemoMode::activeChanged, context, [observer = std::move(observer)](bool on) { observer(on); });
+}
+
+} // namespace orvan
