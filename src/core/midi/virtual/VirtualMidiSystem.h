@@ -30,7 +30,8 @@ public:
 
     explicit VirtualMidiSystem(const Clock* clock = nullptr);
 
-    /// When set, every creation fails (handle 0), as with no MIDI system at all.
+    /// When set, the system behaves as if there were none: creations fail (handle 0) and no
+    /// endpoint is listed.
     void setUnavailable(bool unavailable) { m_unavailable = unavailable; }
 
     MidiEndpointRef addSource(std::optional<QString> name);
@@ -65,9 +66,9 @@ public:
     MidiClientRef createClient(const QString& name, NotifyCallback notify) override;
     MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
     MidiPortRef createOutputPort(MidiClientRef client, const QString& name) override;
-    int sourceCount() const override { return int(m_sources.size()); }
+    int sourceCount() const override { return m_unavailable ? 0 : int(m_sources.size()); }
     MidiEndpointRef source(int index) const override;
-    int destinationCount() const override { return int(m_destinations.size()); }
+    int destinationCount() const override { return m_unavailable ? 0 : int(m_destinations.size()); }
     MidiEndpointRef destination(int index) const override;
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
