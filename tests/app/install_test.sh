@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Installs the build into a temporary prefix and checks what lands there.
+set -euo pipefail
+build=$1
+root=$2
+rm -rf "$root"
+cmake --install "$build" --prefix "$root/usr" >/dev/null
+
+fail() { echo "FAIL: $*"; exit 1; }
+id=org.orvanrcu.OrvanRCU
+
+[[ -x $root/usr/bin/orvanrcu ]] || fail "no executable in bin/"
+desktop=$root/usr/share/applications/$id.desktop
+metainfo=$root/usr/share/metainfo/$id.metainfo.xml
+[[ -f $desktop ]] || fail "no desktop entry"
+[[ -f $metainfo ]] || fail "no metainfo"
+grep -qx 'Name=Orvan RCU' "$desktop" || fail "desktop entry is not named Orvan RCU"
+grep -q '^Categories=.*Audio;.*Midi;' "$desktop" || fail "desktop entry lacks Audio and Midi"
+desktop-file-validate "$desktop" || fail "desktop-file-validate"
+appstreamcli validate --no-net "$metainfo" >/dev/null || { appstreamcli validate --no-net "$metainfo"; fail "appstreamcli"; }
+grep -q '@PROJECT_VERSION@' "$metainfo" && fail "metainfo version not filled in"
+
+for size in 1024 512 256 128 64 48; do
+  icon=$root/usr/share/icons/hicolor/${size}x${size}/apps/$id.png
+  [[ -f $icon ]] || fail "no ${size}px icon"
+  header=$(head -c 24 "$icon" | od -An -tx1 | tr -d ' \n')
+  [[ ${header:0:16} == 89504e470d0a1a0a ]] || fail "${size}px icon is not a PNG"
+  w=$((16#${header:32:8})); h=$((16#${header:40:8}))
+  [[ $w == "$size" && $h == "$size" ]] || fail "${size}px icon is ${w}x${h}"
+done
+
+"$root/usr/bin/orvanrcu" --version | grep -q '^OrvanRCU ' || fail "--version"
+"$root/usr/bin/orvanrcu" --help | grep -q -- '--render-icon PATH' || fail "--help"
+echo "installed files OK"
