@@ -4,11 +4,13 @@
 #include "ControlChange.h"
 #include "DemoMode.h"
 #include "OrvanMIDI.h"
+#include "PresetStorage.h"
 #include "RCUModel.h"
 #include "midi/virtual/VirtualMidiSystem.h"
 #include "time/ManualClock.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <chrono>
 #include <memory>
 #include <ostream>
@@ -88,5 +90,25 @@ public:
     DemoOff() { DemoMode::shared().setActive(false); }
     ~DemoOff() { DemoMode::shared().setActive(false); }
 };
+
+} // namespace orvan::test
+
+namespace orvan::test {
+
+/// (controller, value) pairs sent to a unit, without times.
+inline std::vector<std::pair<int, int>> messages(const ModelRig& rig)
+{
+    std::vector<std::pair<int, int>> out;
+    for (const Wire& w : rig.wire())
+        out.emplace_back(w.controller, w.value);
+    return out;
+}
+
+/// Removes every unit's preset file, so each test starts from none.
+inline void removePresetFiles()
+{
+    for (const DeviceSpec& spec : Catalogue::all())
+        QFile::remove(PresetStorage::url(spec));
+}
 
 } // namespace orvan::test
