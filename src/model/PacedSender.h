@@ -1,0 +1,58 @@
+#pragma once
+
+#include "ChannelSnapshot.h"
+#include "DeviceSpec.h"
+#include "OrvanSwitch.h"
+
+#include <QList>
+#include <chrono>
+#include <memory>
+#include <vector>
+
+class QObject;
+
+namespace orvan {
+
+class OrvanMIDI;
+class Scheduler;
+
+/// The pauses the units are given while a whole unit's state is sent.
+struct Pacing {
+    std::chrono::milliseconds afterMessage; ///< after every message
+    std::chrono::milliseconds afterPhantom; ///< further pause once +48V has been sent, to let it settle
+};
+inline constexpr Pacing kPacing{std::chrono::milliseconds(12), std::chrono::milliseconds(900)};
+
+/// Whether a sequence may switch +48V on where it is off when its turn comes.
+enum class PhantomConsent {
+    confirmed,  ///< the user confirmed this send, +48V included
+    keepOnOnly, ///< nobody was asked: +48V may only be held on where it is on already
+};
+
+/// Sends a list of channel snapshots to a unit as one paced sequence: DI, +48V, a settling pause,
+/// gains with pad and polarity, mute last. Runs on the main thread through the scheduler and
+/// returns at once; sequences started one after another run alongside and interleave.
+class PacedSender {
+public:
+    /// One step: a message (or none, for the settling pause) and the pause after it.
+    struct Step {
+        enum class Kind { gain, toggle, pause };
+        Kind kind = Kind::pause;
+        int channel = 0;
+        OrvanSwitch which = OrvanSwitch::pad;
+        qint64 value = 0; ///< gain value, or 0/1 for a switch
+        std::chrono::milliseconds pauseAfter{0};
+
+        bool operator==(const Step&) const = default;
+    };
+
+    /// The steps for `snapshots` on a unit of kind `spec`, in sending order.
+    static std::vector<Step> plan(const DeviceSpec& spec, const QList<ChannelSnapshot>& snapshots);
+
+    /// Starts sending; the first message goes out on the scheduler's next turn. The sequence stops
+    /// early only if `context` is destroyed.
+    static void start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context, const QList<ChannelSnapshot>& snapshots,
+                      PhantomConsent consent);
+};
+
+} // namespace orvan

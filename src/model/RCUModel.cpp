@@ -1,0 +1,436 @@
+#include "RCUModel.h"
+
+#include "ChannelState.h"
+#include "DemoMode.h"
+#include "OrvanMIDI.h"
+#include "PacedSender.h"
+#include "PresetStorage.h"
+
+#include <QPointer>
+#include <algorithm>
+
+namespace orvan {
+
+namespace {
+
+/// The knob sweeps 270 degrees, from -135 at the bottom of the range to +135 at the top.
+constexpr double kKnobBottomDegrees = -135.0;
+constexpr double kKnobSweepDegrees = 270.0;
+
+/// The channels selected when demo mode turns on, by unit title; any other unit gets none.
+struct SampleSelection {
+    const char* title;
+    QList<int> channels;
+};
+const SampleSelection kSampleSelections[] = {
+    {"Orvan", {3, 4}},
+    {"Dunra", {0}},
+};
+
+const QString kDefaultPresetName = QStringLiteral("Preset %1");
+const QString kLinked = QStringLiteral(" USB: Linked");
+const QString kNotFound = QStringLiteral(": not found");
+const QString kSelectPrompt = QStringLiteral("Select channel(s)");
+const QString kUnknownGain = QStringLiteral("--");
+const QString kDecibels = QStringLiteral("dB");
+const QString kChannelPrefix = QStringLiteral("Ch ");
+
+bool isBlank(QChar c) { return c == u' ' || c == u'\t'; }
+
+/// Removes spaces and tabs (not line breaks) at both ends.
+QString trimBlanks(const QString& s)
+{
+    qsizetype begin = 0;
+    qsizetype end = s.size();
+    while (begin < end && isBlank(s[begin]))
+        ++begin;
+    while (end > begin && isBlank(s[end - 1]))
+        --end;
+    return s.mid(begin, end - begin);
+}
+
+ChannelSnapshot snapshotOf(const ChannelState& c, bool hasDI)
+{
+    return ChannelSnapshot{c.gainValue, c.pad, c.phantom, c.polarity, c.mute,
+                           hasDI ? std::optional<bool>(c.di) : std::nullopt};
+}
+
+} // namespace
+
+RCUModel::RCUModel(OrvanMIDI& midi, Scheduler& scheduler, QObject* parent)
+    : QObject(parent)
+    , m_midi(midi)
+    , m_scheduler(scheduler)
+{
+    reloadPresets();
+
+    // Both subscriptions end with this model (it is their context) and deliver the current value
+    // at once. The demo callback also reloads the presets once more when demo mode is off.
+    DemoMode::shared().subscribe(this, [this](bool active) { onDemo(active); });
+    QObject::connect(&m_midi, &OrvanMIDI::isConnectedChanged, this, &RCUModel::onConnection);
+    onConnection(m_midi.isConnected());
+}
+
+bool RCUModel::isConnected() const { return m_midi.isConnected(); }
+
+QList<int> RCUModel::validChannels(const QList<int>& channels) const
+{
+    // Indices outside the unit never reach the engine.
+    QList<int> valid;
+    for (int c : channels) {
+        if (c >= 0 && c < m_midi.spec().channelCount)
+            valid.append(c);
+    }
+    return valid;
+}
+
+// --- Selection ----------------------------------------------------------------------------------
+
+void RCUModel::toggleSelect(int channel)
+{
+    if (!isConnected() || validChannels({channel}).isEmpty())
+        return;
+    QList<int> next = m_selected;
+    if (next.contains(channel))
+        next.removeAll(channel);
+    else
+        next.append(channel);
+    setSelected(std::move(next));
+}
+
+void RCUModel::selectAllOrClear()
+{
+    if (!isConnected())
+        return;
+    if (!m_selected.isEmpty()) {
+        setSelected({});
+        return;
+    }
+    QList<int> all;
+    for (int c = 0; c < m_midi.spec().channelCount; ++c)
+        all.append(c);
+    setSelected(std::move(all));
+}
+
+void RCUModel::cycleSelection()
+{
+    if (!isConnected())
+        return;
+    const int n = int(m_midi.spec().channelCount);
+    if (m_selected.size() == n && n > 0) {
+        setSelected({0});
+    } else if (m_selected.size() == 1 && m_selected.front() + 1 < n) {
+        setSelected({m_selected.front() + 1});
+    } else if (m_selected.size() == 1) {
+        // the last single channel: the full set comes next
+        QList<int> all;
+        for (int c = 0; c < n; ++c)
+            all.append(c);
+        setSelected(std::move(all));
+    } else {
+        setSelected({0});
+    }
+}
+
+// --- Switches -----------------------------------------------------------------------------------
+
+void RCUModel::apply(OrvanSwitch s, const QList<int>& channels)
+{
+    const QList<int> list = validChannels(channels);
+    if (!isConnected() || !m_midi.spec().verified || list.isEmpty())
+        return;
+    const auto& states = m_midi.channels();
+    const bool target = std::ranges::any_of(list, [&](int c) { return !states.at(c).isOn(s); });
+    if (s == OrvanSwitch::phantom && target) {
+        // +48V can destroy a ribbon microphone: switching it on always waits for confirmation.
+        setPendingPhantom(list);
+        return;
+    }
+    for (int c : list)
+        m_midi.set(s, c, target);
+}
+
+void RCUModel::applyToSelected(OrvanSwitch s) { apply(s, m_selected); }
+
+void RCUModel::confirmPhantom()
+{
+    if (isConnected() && m_midi.spec().verified && m_pendingPhantom) {
+        for (int c : validChannels(*m_pendingPhantom))
+            m_midi.set(OrvanSwitch::phantom, c, true);
+    }
+    setPendingPhantom(std::nullopt);
+}
+
+void RCUModel::powerPressed()
+{
+    if (isConnected())
+        setPendingReset(true);
+    else
+        m_midi.connect();
+}
+
+// --- Gain ---------------------------------------------------------------------------------------
+
+qint64 RCUModel::currentGain(int channel) const
+{
+    const ChannelState& c = m_midi.channels().at(channel);
+    return c.gainValue.value_or(gainRange(m_midi.spec(), c.di).lowest);
+}
+
+void RCUModel::adjustGain(qint64 steps, const QList<int>& channels)
+{
+    const QList<int> list = validChannels(channels);
+    if (list.isEmpty())
+        return;
+    // One common step for the group, limited by the channel with the least room that way; a
+    // channel outside its range makes the room negative and pulls the group back into range.
+    qint64 step = steps;
+    for (int c : list) {
+        const GainRange range = gainRange(m_midi.spec(), m_midi.channels().at(c).di);
+        const qint64 g = currentGain(c);
+        step = steps > 0 ? std::min(step, range.highest - g) : std::max(step, range.lowest - g);
+    }
+    if (step == 0)
+        return;
+    QList<qint64> targets;
+    for (int c : list)
+        targets.append(currentGain(c) + step);
+    for (qsizetype i = 0; i < list.size(); ++i)
+        m_midi.setGain(list[i], targets[i]);
+}
+
+void RCUModel::adjustSelected(qint64 steps) { adjustGain(steps, m_selected); }
+
+double RCUModel::angle(std::optional<int> channel) const
+{
+    if (!channel || validChannels({*channel}).isEmpty())
+        return kKnobBottomDegrees;
+    const GainRange range = gainRange(m_midi.spec(), m_midi.channels().at(*channel).di);
+    const double f = double(currentGain(*channel) - range.lowest) / double(range.highest - range.lowest);
+    if (!(f > 0))
+        return kKnobBottomDegrees;
+    return std::min(f, 1.0) * kKnobSweepDegrees + kKnobBottomDegrees;
+}
+
+double RCUModel::knobAngle() const
+{
+    return angle(m_selected.isEmpty() ? std::nullopt : std::optional<int>(m_selected.front()));
+}
+
+// --- Presets ------------------------------------------------------------------------------------
+
+std::optional<Preset> RCUModel::currentPreset() const
+{
+    if (!m_presetIndex || *m_presetIndex < 0 || *m_presetIndex >= m_presets.size())
+        return std::nullopt;
+    return m_presets.at(*m_presetIndex);
+}
+
+void RCUModel::beginSave()
+{
+    if (!isConnected())
+        return;
+    const auto current = currentPreset();
+    setPresetNameDraft(current ? current->name : kDefaultPresetName.arg(m_presets.size() + 1));
+    setSavingPreset(true);
+}
+
+void RCUModel::commitSave()
+{
+    if (!isConnected())
+        return;
+    const QString name = trimBlanks(m_presetNameDraft);
+    if (name.isEmpty())
+        return;
+
+    QList<ChannelSnapshot> snapshot;
+    for (const ChannelState& c : m_midi.channels())
+        snapshot.append(snapshotOf(c, m_midi.spec().hasDI));
+
+    Presets next = m_presets;
+    const auto found = std::ranges::find_if(next, [&](const Preset& p) { return p.name == name; });
+    qint64 index = 0;
+    if (found != next.end()) {
+        found->channels = snapshot;
+        index = found - next.begin();
+    } else {
+        next.append(Preset{QUuid::createUuid(), name, snapshot});
+        index = next.size() - 1;
+    }
+    setPresets(next);
+    setPresetIndex(index);
+
+    // Demo presets live in memory only; the file comes back when demo mode ends.
+    if (!DemoMode::shared().active())
+        PresetStorage::save(m_presets, m_midi.spec());
+}
+
+void RCUModel::stepPreset(qint64 d)
+{
+    if (!isConnected() || m_presets.isEmpty())
+        return;
+    const qint64 n = m_presets.size();
+    const qint64 base = m_presetIndex.value_or(0);
+    // Double remainder so that any step, however large or negative, lands inside the list.
+    setPresetIndex(((base + d) % n + n) % n);
+}
+
+void RCUModel::requestRecall()
+{
+    const auto preset = currentPreset();
+    if (!isConnected() || !preset)
+        return;
+    const auto& states = m_midi.channels();
+    // Only channels the unit has are asked about; extra entries of a hand-edited preset are never sent.
+    const qsizetype n = std::min<qsizetype>(preset->channels.size(), states.size());
+    bool switchesPhantomOn = false;
+    for (qsizetype i = 0; i < n; ++i)
+        switchesPhantomOn = switchesPhantomOn || (preset->channels[i].phantom && !states[i].phantom);
+    if (switchesPhantomOn) {
+        setPendingRecall(preset);
+        return;
+    }
+    // Nothing would switch on, so the recall needs no question: +48V may only be held where it is on.
+    setPendingRecall(std::nullopt);
+    send(preset->channels, false);
+}
+
+void RCUModel::recall(const Preset& preset)
+{
+    setPendingRecall(std::nullopt);
+    if (isConnected())
+        send(preset.channels, true);
+}
+
+void RCUModel::resetAll()
+{
+    setPendingReset(false);
+    constexpr qint64 kResetGain = kMicGainLowest; // 18 dB
+    const bool hasDI = m_midi.spec().hasDI;
+    QList<ChannelSnapshot> snapshots;
+    for (qint64 c = 0; c < m_midi.spec().channelCount; ++c)
+        snapshots.append(ChannelSnapshot{kResetGain, false, false, false, false,
+                                         hasDI ? std::optional<bool>(false) : std::nullopt});
+    send(snapshots, false);
+}
+
+void RCUModel::send(const QList<ChannelSnapshot>& snapshots, bool phantomConfirmed)
+{
+    PacedSender::start(m_midi, m_scheduler, this, snapshots,
+                       phantomConfirmed ? PhantomConsent::confirmed : PhantomConsent::keepOnOnly);
+}
+
+// --- Status -------------------------------------------------------------------------------------
+
+std::pair<QString, QString> RCUModel::lcdLines() const
+{
+    const QString first = m_midi.spec().title + (isConnected() ? kLinked : kNotFound);
+    if (m_selected.isEmpty())
+        return {first, kSelectPrompt};
+
+    QString numbers;
+    for (int c : m_selected)
+        numbers += QString::number(c + 1);
+    const auto shown = shownGainDecibels(m_midi.channels().at(m_selected.front()));
+    const QString gain = (shown ? QString::number(*shown) : kUnknownGain) + kDecibels;
+    return {first, kChannelPrefix + numbers + u' ' + gain};
+}
+
+// --- Lifecycle ----------------------------------------------------------------------------------
+
+void RCUModel::reloadPresets()
+{
+    Presets loaded = PresetStorage::load(m_midi.spec());
+    const bool any = !loaded.isEmpty();
+    setPresets(std::move(loaded));
+    setPresetIndex(any ? std::optional<qint64>(0) : std::nullopt);
+}
+
+void RCUModel::onDemo(bool active)
+{
+    if (!active) {
+        reloadPresets(); // drops whatever was saved in memory during demo mode
+        return;
+    }
+    QList<int> sample;
+    for (const SampleSelection& s : kSampleSelections) {
+        if (m_midi.spec().title == QLatin1String(s.title))
+            sample = s.channels;
+    }
+    setSelected(validChannels(sample));
+}
+
+void RCUModel::onConnection(bool connected)
+{
+    if (!connected)
+        setSelected({});
+}
+
+// --- Published fields ---------------------------------------------------------------------------
+
+void RCUModel::setSelected(QList<int> selected)
+{
+    std::ranges::sort(selected);
+    if (selected == m_selected)
+        return;
+    m_selected = std::move(selected);
+    emit selectedChanged();
+}
+
+void RCUModel::setPendingPhantom(std::optional<QList<int>> channels)
+{
+    if (channels == m_pendingPhantom)
+        return;
+    m_pendingPhantom = std::move(channels);
+    emit pendingPhantomChanged();
+}
+
+void RCUModel::setPendingReset(bool pending)
+{
+    if (pending == m_pendingReset)
+        return;
+    m_pendingReset = pending;
+    emit pendingResetChanged();
+}
+
+void RCUModel::setPendingRecall(std::optional<Preset> preset)
+{
+    if (preset == m_pendingRecall)
+        return;
+    m_pendingRecall = std::move(preset);
+    emit pendingRecallChanged();
+}
+
+void RCUModel::setPresets(Presets presets)
+{
+    if (presets == m_presets)
+        return;
+    m_presets = std::move(presets);
+    emit presetsChanged();
+}
+
+void RCUModel::setPresetIndex(std::optional<qint64> index)
+{
+    if (index == m_presetIndex)
+        return;
+    m_presetIndex = index;
+    emit presetIndexChanged();
+}
+
+void RCUModel::setSavingPreset(bool saving)
+{
+    if (saving == m_savingPreset)
+        return;
+    m_savingPreset = saving;
+    emit savingPresetChanged();
+}
+
+void RCUModel::setPresetNameDraft(const QString& draft)
+{
+    if (draft == m_presetNameDraft)
+        return;
+    m_presetNameDraft = draft;
+    emit presetNameDraftChanged();
+}
+
+} // namespace orvan
