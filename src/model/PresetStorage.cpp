@@ -305,9 +305,14 @@ bool writeAtomically(const QString& path, const QByteArray& bytes, WriteStage st
         file.cancelWriting();
         return false;
     }
+    // The new bytes must be on disk before the rename makes them the file (commit() syncs as
+    // well; doing it here does not depend on that).
+    if (!file.flush() || ::fsync(file.handle()) != 0) {
+        file.cancelWriting();
+        return false;
+    }
     if (stage == WriteStage::stopBeforeRename)
         return false; // the destructor throws the temporary file away, as a crash would leave it
-    // commit() flushes and fsyncs the temporary file, then renames it over the old one.
     if (!file.commit())
         return false;
     syncFolder(QFileInfo(path).absolutePath());
