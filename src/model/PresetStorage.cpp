@@ -99,26 +99,28 @@ private:
         m_out += '\n';
         indent();
     }
-    void indent() { m_out += QByteArray(qsizetype(m_levels.size()) * kIndentWidth, ' '); }
+    void indent() { m_out.append(qsizetype(m_levels.size()) * kIndentWidth, ' '); }
 
     void string(const QString& s)
     {
+        // Escaping works on the UTF-8 bytes: every byte that needs it is ASCII, and the bytes of a
+        // multi-byte character are all 0x80 or above.
+        constexpr unsigned char kFirstPrintable = 0x20;
         m_out += '"';
-        for (const QChar c : s) {
-            const char16_t u = c.unicode();
-            switch (u) {
-            case u'"': m_out += "\\\""; break;
-            case u'\\': m_out += "\\\\"; break;
-            case u'\n': m_out += "\\n"; break;
-            case u'\r': m_out += "\\r"; break;
-            case u'\t': m_out += "\\t"; break;
-            case u'\b': m_out += "\\b"; break;
-            case u'\f': m_out += "\\f"; break;
+        for (const char ch : s.toUtf8()) {
+            switch (ch) {
+            case '"': m_out += "\\\""; break;
+            case '\\': m_out += "\\\\"; break;
+            case '\n': m_out += "\\n"; break;
+            case '\r': m_out += "\\r"; break;
+            case '\t': m_out += "\\t"; break;
+            case '\b': m_out += "\\b"; break;
+            case '\f': m_out += "\\f"; break;
             default:
-                if (u < 0x20)
-                    m_out += "\\u" + QByteArray::number(u, 16).rightJustified(4, '0');
+                if (static_cast<unsigned char>(ch) < kFirstPrintable)
+                    m_out += "\\u" + QByteArray::number(static_cast<unsigned char>(ch), 16).rightJustified(4, '0');
                 else
-                    m_out += QString(c).toUtf8();
+                    m_out += ch;
             }
         }
         m_out += '"';
@@ -303,9 +305,14 @@ bool writeAtomically(const QString& path, const QByteArray& bytes, WriteStage st
         file.cancelWriting();
         return false;
     }
+    // The new bytes must be on disk before the rename makes them the file (commit() syncs as
+    // well; doing it here does not depend on that).
+    if (!file.flush() || ::fsync(file.handle()) != 0) {
+        file.cancelWriting();
+        return false;
+    }
     if (stage == WriteStage::stopBeforeRename)
         return false; // the destructor throws the temporary file away, as a crash would leave it
-    // commit() flushes and fsyncs the temporary file, then renames it over the old one.
     if (!file.commit())
         return false;
     syncFolder(QFileInfo(path).absolutePath());

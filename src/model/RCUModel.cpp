@@ -84,6 +84,14 @@ QList<int> RCUModel::validChannels(const QList<int>& channels) const
     return valid;
 }
 
+QList<int> RCUModel::allChannels() const
+{
+    QList<int> all;
+    for (int c = 0; c < m_midi.spec().channelCount; ++c)
+        all.append(c);
+    return all;
+}
+
 // --- Selection ----------------------------------------------------------------------------------
 
 void RCUModel::toggleSelect(int channel)
@@ -102,14 +110,7 @@ void RCUModel::selectAllOrClear()
 {
     if (!isConnected())
         return;
-    if (!m_selected.isEmpty()) {
-        setSelected({});
-        return;
-    }
-    QList<int> all;
-    for (int c = 0; c < m_midi.spec().channelCount; ++c)
-        all.append(c);
-    setSelected(std::move(all));
+    setSelected(m_selected.isEmpty() ? allChannels() : QList<int>{});
 }
 
 void RCUModel::cycleSelection()
@@ -122,11 +123,7 @@ void RCUModel::cycleSelection()
     } else if (m_selected.size() == 1 && m_selected.front() + 1 < n) {
         setSelected({m_selected.front() + 1});
     } else if (m_selected.size() == 1) {
-        // the last single channel: the full set comes next
-        QList<int> all;
-        for (int c = 0; c < n; ++c)
-            all.append(c);
-        setSelected(std::move(all));
+        setSelected(allChannels()); // after the last single channel comes the full set
     } else {
         setSelected({0});
     }

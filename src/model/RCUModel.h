@@ -111,6 +111,7 @@ signals:
 private:
     bool isConnected() const;
     QList<int> validChannels(const QList<int>& channels) const;
+    QList<int> allChannels() const;
     qint64 currentGain(int channel) const;
     void send(const QList<ChannelSnapshot>& snapshots, bool phantomConfirmed);
     void reloadPresets();

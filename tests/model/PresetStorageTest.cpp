@@ -160,7 +160,7 @@ TEST_F(PresetStorageTest, SavingThenLoadingGivesBackAnEqualList)
         DeviceSpec spec;
         Presets presets;
     };
-    const Preset eight{QUuid::createUuid(), QStringLiteral("Vocals \u00e9\u2603 / tab\there"),
+    const Preset eight{QUuid::createUuid(), QStringLiteral("Vocals \u00e9\u2603 / tab\there \u0001 \"q\" \\ \n"),
                        QList<ChannelSnapshot>(8, ChannelSnapshot{24, true, true, true, true, std::nullopt})};
     const Preset empty{QUuid::createUuid(), QStringLiteral("No channels"), {}};
     const Case cases[] = {
