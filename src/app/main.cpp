@@ -1,7 +1,10 @@
+#include "ApplicationShell.h"
+#include "HostMidi.h"
 #include "LaunchOptions.h"
+#include "OrvanRCUApp.h"
+#include "time/SystemClock.h"
 
 #include <QApplication>
-#include <QWidget>
 #include <cstdio>
 
 namespace {
@@ -29,11 +32,13 @@ int main(int argc, char** argv)
         break;
     }
 
-    QApplication app(argc, argv);
-    QWidget window;
-    window.setWindowTitle(QStringLiteral("Orvan RCU"));
-    window.setFixedSize(1298, 468);
-    window.setStyleSheet(QStringLiteral("background: black"));
-    window.show();
-    return app.exec();
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("OrvanRCU"));
+    QApplication::setDesktopFileName(QStringLiteral("org.orvanrcu.OrvanRCU"));
+
+    orvan::SystemClock& time = orvan::SystemClock::shared();
+    orvan::OrvanRCUApp app(orvan::createHostMidiSystem(), time, time);
+    orvan::ApplicationShell shell(app);
+    shell.show();
+    return application.exec();
 }

@@ -1,0 +1,33 @@
+#include "ApplicationShell.h"
+
+#include "OrvanRCUApp.h"
+#include "WheelEventFilter.h"
+#include "dialogs/ConfirmationDialogs.h"
+#include "stage/StageScene.h"
+#include "stage/StageWindow.h"
+
+#include <QTimer>
+
+namespace orvan {
+
+ApplicationShell::ApplicationShell(OrvanRCUApp& app)
+    : m_stage(std::make_unique<StageScene>(app))
+    , m_window(std::make_unique<StageWindow>(m_stage.get()))
+{
+    WheelEventFilter::install();
+    m_window->setArrowStepHandler([this](int steps) { m_stage->adjustFocused(steps); });
+    // The stage shows the Orvan's dialogs; the Dunra panel has its own, with its own wording.
+    m_orvanDialogs = new ConfirmationDialogs(app.orvanModel(), DialogTexts::orvan(), m_window.get());
+    m_dunraDialogs = new ConfirmationDialogs(app.dunraModel(), DialogTexts::dunra(), m_window.get());
+}
+
+ApplicationShell::~ApplicationShell() = default;
+
+void ApplicationShell::show()
+{
+    m_window->show();
+    // Centre once the window system has placed the window.
+    QTimer::singleShot(0, m_window.get(), [this] { m_window->centreOnScreen(); });
+}
+
+} // namespace orvan

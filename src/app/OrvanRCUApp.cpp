@@ -1,0 +1,31 @@
+#include "OrvanRCUApp.h"
+
+#include "Catalogue.h"
+#include "OrvanMIDI.h"
+#include "RCUModel.h"
+#include "midi/MidiSystem.h"
+
+namespace orvan {
+
+OrvanRCUApp::OrvanRCUApp(std::unique_ptr<MidiSystem> midiSystem, const Clock& clock, Scheduler& scheduler)
+    : m_midiSystem(std::move(midiSystem))
+{
+    // Order matters: the first engine is the first to touch the demo flag, and an engine that
+    // finds its unit switches demo mode off before the later ones subscribe.
+    m_orvan = std::make_unique<OrvanMIDI>(Catalogue::orvan(), *m_midiSystem, clock);
+    m_orvanModel = std::make_unique<RCUModel>(*m_orvan, scheduler);
+    m_dunra = std::make_unique<OrvanMIDI>(Catalogue::dunra(), *m_midiSystem, clock);
+    m_dunraModel = std::make_unique<RCUModel>(*m_dunra, scheduler);
+    m_melko = std::make_unique<OrvanMIDI>(Catalogue::melko(), *m_midiSystem, clock);
+    m_melkoModel = std::make_unique<RCUModel>(*m_melko, scheduler);
+}
+
+OrvanRCUApp::~OrvanRCUApp()
+{
+    // Models observe their engines: let them go first.
+    m_melkoModel.reset();
+    m_dunraModel.reset();
+    m_orvanModel.reset();
+}
+
+} // namespace orvan

@@ -1,0 +1,56 @@
+#include "GlossButtonItem.h"
+
+#include "Controls.h"
+#include "PressLook.h"
+
+#include <QPainter>
+
+namespace orvan {
+
+GlossButtonItem::GlossButtonItem(QSizeF faceSize, std::function<void()> action, QGraphicsItem* parent)
+    : PushItem(faceSize + QSizeF(kBezel, kBezel), std::move(action), parent)
+{
+}
+
+void GlossButtonItem::setLit(std::function<bool()> isLit)
+{
+    m_isLit = std::move(isLit);
+    refresh();
+}
+
+void GlossButtonItem::setCaption(QString caption, LetteringStyle style)
+{
+    m_caption = std::move(caption);
+    m_captionStyle = style;
+    update();
+}
+
+bool GlossButtonItem::refresh()
+{
+    const bool lit = m_isLit && m_isLit();
+    if (lit == m_lit)
+        return false;
+    m_lit = lit;
+    update();
+    return true;
+}
+
+QMarginsF GlossButtonItem::paintMargins() const
+{
+    // Bezel, hard shadow down-left, and the lit glow.
+    return {10, 8, 8, 12};
+}
+
+void GlossButtonItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
+{
+    const QRectF face = buttonFace();
+    {
+        PressLook press(*painter, face.center(), isPressed());
+        render::paintGlossButton(*painter, face, m_lit);
+        press.darken(render::glossButtonOutline(face));
+    }
+    if (!m_caption.isEmpty())
+        drawLettering(*painter, face, Qt::AlignCenter, m_caption, m_captionStyle);
+}
+
+} // namespace orvan

@@ -1,0 +1,35 @@
+#include "KnobItem.h"
+
+#include "Controls.h"
+
+#include <QPainter>
+#include <QtMath>
+
+namespace orvan {
+
+KnobItem::KnobItem(std::function<double()> angleDegrees, std::function<void(int)> onSteps, QGraphicsItem* parent)
+    : GestureItem(QRectF(-kDiameter / 2, -kDiameter / 2, kDiameter, kDiameter), DragProfiles::knob, std::move(onSteps),
+                  parent)
+    , m_angleDegrees(std::move(angleDegrees))
+{
+    setShapeIsEllipse(true); // a press anywhere on the 66-point disc starts the drag
+    setCacheMode(DeviceCoordinateCache);
+    m_angle = m_angleDegrees();
+}
+
+bool KnobItem::refresh()
+{
+    const double angle = m_angleDegrees();
+    if (angle == m_angle)
+        return false;
+    m_angle = angle;
+    update();
+    return true;
+}
+
+void KnobItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
+{
+    render::paintKnob(*painter, QPointF(0, 0), qDegreesToRadians(m_angle));
+}
+
+} // namespace orvan

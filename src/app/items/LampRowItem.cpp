@@ -1,0 +1,55 @@
+#include "LampRowItem.h"
+
+#include "Controls.h"
+
+#include <QPainter>
+
+namespace orvan {
+
+namespace {
+constexpr double kRowHeightInLabelSizes = 1.4;
+}
+
+LampRowItem::LampRowItem(Look look, QString label, std::function<bool()> isOn, std::function<void()> action,
+                         QGraphicsItem* parent)
+    : PushItem(rowSize(look), std::move(action), parent)
+    , m_look(std::move(look))
+    , m_label(std::move(label))
+    , m_isOn(std::move(isOn))
+{
+    m_on = m_isOn && m_isOn();
+}
+
+QSizeF LampRowItem::rowSize(const Look& look)
+{
+    const double width = look.lampSize + (look.labelWidth > 0 ? look.gap + look.labelWidth : 0);
+    return {width, std::max(look.lampSize, look.labelStyle.size * kRowHeightInLabelSizes)};
+}
+
+bool LampRowItem::refresh()
+{
+    const bool on = m_isOn && m_isOn();
+    if (on == m_on)
+        return false;
+    m_on = on;
+    update();
+    return true;
+}
+
+QMarginsF LampRowItem::paintMargins() const
+{
+    return {6, 6, 6, 6}; // the lit lamp's glow
+}
+
+void LampRowItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
+{
+    const QRectF row = faceRect();
+    const QPointF lampCentre(row.left() + m_look.lampSize / 2, row.center().y());
+    render::paintLED(*painter, lampCentre, m_look.lampSize, m_on, m_look.color);
+    if (m_look.labelWidth > 0) {
+        const QRectF box(row.left() + m_look.lampSize + m_look.gap, row.top(), m_look.labelWidth, row.height());
+        drawLettering(*painter, box, Qt::AlignLeft | Qt::AlignVCenter, m_label, m_look.labelStyle);
+    }
+}
+
+} // namespace orvan

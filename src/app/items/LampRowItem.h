@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Lettering.h"
+#include "PushItem.h"
+#include "Refreshable.h"
+
+namespace orvan {
+
+/// A lamp with its label, clickable as one row (a plain button: the whole row takes the click).
+class LampRowItem final : public PushItem, public Refreshable {
+    Q_OBJECT
+
+public:
+    struct Look {
+        double lampSize;
+        double gap;          ///< between lamp and label
+        double labelWidth;   ///< the label's box; 0 for a lamp without label
+        QColor color;
+        LetteringStyle labelStyle;
+    };
+
+    LampRowItem(Look look, QString label, std::function<bool()> isOn, std::function<void()> action,
+                QGraphicsItem* parent = nullptr);
+
+    bool isOn() const { return m_on; }
+    bool refresh() override;
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override;
+
+protected:
+    QMarginsF paintMargins() const override;
+
+private:
+    static QSizeF rowSize(const Look& look);
+
+    Look m_look;
+    QString m_label;
+    std::function<bool()> m_isOn;
+    bool m_on = false;
+};
+
+} // namespace orvan

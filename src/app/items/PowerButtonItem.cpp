@@ -1,0 +1,42 @@
+#include "PowerButtonItem.h"
+
+#include "Controls.h"
+#include "PressLook.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+namespace orvan {
+
+PowerButtonItem::PowerButtonItem(std::function<bool()> isConnected, QString connectedTip, QString missingTip,
+                                 std::function<void()> action, QGraphicsItem* parent)
+    : PushItem(QSizeF(kFaceDiameter, kFaceDiameter), std::move(action), parent)
+    , m_isConnected(std::move(isConnected))
+    , m_connectedTip(std::move(connectedTip))
+    , m_missingTip(std::move(missingTip))
+{
+    m_connected = !m_isConnected();
+    refresh();
+}
+
+bool PowerButtonItem::refresh()
+{
+    const bool connected = m_isConnected();
+    if (connected == m_connected)
+        return false;
+    m_connected = connected;
+    setToolTip(connected ? m_connectedTip : m_missingTip);
+    update();
+    return true;
+}
+
+void PowerButtonItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
+{
+    PressLook press(*painter, QPointF(0, 0), isPressed());
+    render::paintPowerButton(*painter, QPointF(0, 0), m_connected);
+    QPainterPath disc;
+    disc.addEllipse(faceRect());
+    press.darken(disc);
+}
+
+} // namespace orvan

@@ -1,0 +1,55 @@
+#include "PushItem.h"
+
+#include <QGraphicsSceneMouseEvent>
+#include <QPainterPath>
+
+namespace orvan {
+
+PushItem::PushItem(QSizeF size, std::function<void()> action, QGraphicsItem* parent)
+    : QGraphicsObject(parent)
+    , m_size(size)
+    , m_action(std::move(action))
+{
+    setAcceptedMouseButtons(Qt::LeftButton);
+}
+
+QRectF PushItem::boundingRect() const
+{
+    return faceRect().marginsAdded(paintMargins());
+}
+
+QPainterPath PushItem::shape() const
+{
+    QPainterPath path;
+    path.addRect(faceRect());
+    return path;
+}
+
+void PushItem::mousePressEvent(QGraphicsSceneMouseEvent* event)
+{
+    Q_UNUSED(event);
+    setPressed(true);
+}
+
+void PushItem::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
+{
+    setPressed(faceRect().contains(event->pos()));
+}
+
+void PushItem::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
+{
+    const bool clicked = m_pressed && faceRect().contains(event->pos());
+    setPressed(false);
+    if (clicked && m_action)
+        m_action();
+}
+
+void PushItem::setPressed(bool pressed)
+{
+    if (pressed == m_pressed)
+        return;
+    m_pressed = pressed;
+    update();
+}
+
+} // namespace orvan

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QGraphicsObject>
+#include <functional>
+
+namespace orvan {
+
+/// A push button on a panel: a click (press and release inside) runs the action once, and the face
+/// shows the pressed look while the pointer holds it down. The whole rectangle takes the click,
+/// transparent corners included. Subclasses paint the face.
+class PushItem : public QGraphicsObject {
+    Q_OBJECT
+
+public:
+    PushItem(QSizeF size, std::function<void()> action, QGraphicsItem* parent = nullptr);
+
+    QRectF boundingRect() const override;
+    QPainterPath shape() const override;
+    QSizeF size() const { return m_size; }
+    bool isPressed() const { return m_pressed; }
+    void setAction(std::function<void()> action) { m_action = std::move(action); }
+
+    /// Where the face is drawn: centred on the item's origin.
+    QRectF faceRect() const { return {-m_size.width() / 2, -m_size.height() / 2, m_size.width(), m_size.height()}; }
+
+protected:
+    void mousePressEvent(QGraphicsSceneMouseEvent* event) override;
+    void mouseMoveEvent(QGraphicsSceneMouseEvent* event) override;
+    void mouseReleaseEvent(QGraphicsSceneMouseEvent* event) override;
+
+    /// Room around the face for shadows and glows, so they are repainted with it.
+    virtual QMarginsF paintMargins() const { return {}; }
+
+private:
+    void setPressed(bool pressed);
+
+    QSizeF m_size;
+    std::function<void()> m_action;
+    bool m_pressed = false;
+};
+
+} // namespace orvan

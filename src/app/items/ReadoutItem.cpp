@@ -1,0 +1,59 @@
+#include "ReadoutItem.h"
+
+#include "GainDisplay.h"
+
+#include <QPainter>
+
+namespace orvan {
+
+namespace {
+QRectF readoutRect(double scale)
+{
+    const QSizeF size = render::GainDisplay::kSize * scale;
+    return {-size.width() / 2, -size.height() / 2, size.width(), size.height()};
+}
+} // namespace
+
+ReadoutItem::ReadoutItem(Look look, DragProfile profile, std::function<std::optional<qint64>()> decibels,
+                         std::function<bool()> isSelected, std::function<void(int)> onSteps, QGraphicsItem* parent)
+    : GestureItem(readoutRect(look.scale), profile, std::move(onSteps), parent)
+    , m_look(look)
+    , m_decibels(std::move(decibels))
+    , m_isSelected(std::move(isSelected))
+{
+    // Each readout is its own cached layer: a gain change repaints this one alone.
+    setCacheMode(DeviceCoordinateCache);
+    m_dB = m_decibels();
+    m_selected = m_isSelected && m_isSelected();
+}
+
+bool ReadoutItem::refresh()
+{
+    const auto dB = m_decibels();
+    const bool selected = m_isSelected && m_isSelected();
+    if (dB == m_dB && selected == m_selected)
+        return false;
+    m_dB = dB;
+    m_selected = selected;
+    update();
+    return true;
+}
+
+QMarginsF ReadoutItem::paintMargins() const
+{
+    // Glow (radius 9), the hard shadow down-left and the "dB" legend outside the lower right.
+    const double k = m_look.scale;
+    return QMarginsF(16, 14, 20, 22) * k;
+}
+
+void ReadoutItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
+{
+    painter->save();
+    painter->scale(m_look.scale, m_look.scale);
+    const render::GainDisplay display{.dB = m_dB, .selected = m_selected, .showUnlit = true,
+                                      .labelColor = m_look.labelColor};
+    render::paintGainDisplay(*painter, QPointF(0, 0), display);
+    painter->restore();
+}
+
+} // namespace orvan

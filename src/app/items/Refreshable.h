@@ -1,0 +1,14 @@
+#pragma once
+
+namespace orvan {
+
+/// A panel element that draws what its unit's engine and model say. Panels call refresh() when
+/// either publishes a change; the element repaints only if what it shows has changed.
+class Refreshable {
+public:
+    virtual ~Refreshable() = default;
+    /// Returns true when the element's look changed (and it scheduled its repaint).
+    virtual bool refresh() = 0;
+};
+
+} // namespace orvan

@@ -1,0 +1,115 @@
+#include "ChannelColumn.h"
+
+#include "Controls.h"
+#include "LampColors.h"
+#include "OrvanMIDI.h"
+#include "PanelItem.h"
+#include "PlatePainting.h"
+#include "RCUModel.h"
+#include "Theme.h"
+#include "items/GlossButtonItem.h"
+#include "items/LampRowItem.h"
+#include "items/ReadoutItem.h"
+
+#include <QPainter>
+
+namespace orvan {
+
+namespace {
+
+constexpr double kReadoutY = 52;
+constexpr double kHeadroomY = 138;
+constexpr double kSelectLetteringY = 207;
+constexpr double kSelectButtonY = 228;
+constexpr QSizeF kSelectButton{56, 24};
+
+struct Row {
+    double y;
+    QString label;
+    QColor color;
+    std::optional<OrvanSwitch> sw; ///< none: the I/O row, which does nothing
+};
+
+const QList<Row>& rowTable()
+{
+    static const QList<Row> table{
+        {104, QStringLiteral("I/O"), LampColors::green, std::nullopt},
+        {121, QStringLiteral("48V"), LampColors::red, OrvanSwitch::phantom},
+        {155, QStringLiteral("POL \u00D8"), LampColors::yellow, OrvanSwitch::polarity},
+        {172, QStringLiteral("PAD"), LampColors::orange, OrvanSwitch::pad},
+        {189, QStringLiteral("MUTE"), LampColors::red, OrvanSwitch::mute},
+    };
+    return table;
+}
+
+LampRowItem::Look rowLook(const QColor& color)
+{
+    return {.lampSize = 10, .gap = 5, .labelWidth = 46, .color = color,
+            .labelStyle = PlatePainting::engraved(9, QFont::DemiBold, 0.5)};
+}
+
+} // namespace
+
+ChannelColumn::ChannelColumn(RCUModel& model, int channel, QGraphicsItem* parent)
+    : QGraphicsItem(parent)
+{
+    setFlag(ItemHasNoContents);
+    const QString n = QString::number(channel + 1);
+    OrvanMIDI& midi = model.midi();
+
+    m_readout = new ReadoutItem(
+        {.scale = 1, .labelColor = render::Theme::engraving()}, DragProfiles::channelReadout,
+        [&midi, channel] { return shownGainDecibels(midi.channels().value(channel)); },
+        [&model, channel] { return model.selected().contains(channel); },
+        [&model, channel](int steps) { model.adjustGain(steps, {channel}); }, this);
+    m_readout->setPos(0, kReadoutY);
+    m_readout->setToolTip(QStringLiteral("Drag up or down, or scroll, to change channel %1 gain").arg(n));
+
+    for (const Row& row : rowTable()) {
+        std::function<bool()> isOn = [] { return false; };
+        std::function<void()> action = [] {};
+        QString tip;
+        if (row.sw) {
+            const OrvanSwitch s = *row.sw;
+            isOn = [&midi, channel, s] { return midi.channels().value(channel).isOn(s); };
+            action = [&model, channel, s] { model.apply(s, {channel}); };
+            tip = QStringLiteral("Toggle %1 on channel %2").arg(row.label, n);
+        }
+        auto* item = new LampRowItem(rowLook(row.color), row.label, isOn, action, this);
+        item->setPos(0, row.y);
+        item->setToolTip(tip);
+        m_rows << item;
+    }
+
+    m_select = new GlossButtonItem(kSelectButton, [&model, channel] { model.toggleSelect(channel); }, this);
+    m_select->setLit([&model, channel] { return model.selected().contains(channel); });
+    m_select->setPos(0, kSelectButtonY);
+    m_select->setToolTip(QStringLiteral("Select channel %1").arg(n));
+}
+
+void ChannelColumn::followWith(PanelItem& panel) const
+{
+    panel.follow(m_readout);
+    for (LampRowItem* row : m_rows)
+        panel.follow(row);
+    panel.follow(m_select);
+}
+
+void ChannelColumn::paintStatic(QPainter& painter, double centreX)
+{
+    // HEAD ROOM: three small green lamps that nothing lights, then the label.
+    constexpr double lampSize = 6, lampSpacing = 2, gap = 5, labelWidth = 46;
+    constexpr double lampsWidth = 3 * lampSize + 2 * lampSpacing;
+    const double left = centreX - (lampsWidth + gap + labelWidth) / 2;
+    for (int i = 0; i < 3; ++i)
+        render::paintLED(painter, QPointF(left + lampSize / 2 + i * (lampSize + lampSpacing), kHeadroomY), lampSize,
+                         false, LampColors::green);
+    drawLettering(painter, QRectF(left + lampsWidth + gap, kHeadroomY - 6, labelWidth, 12),
+                  Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("HEAD ROOM"),
+                  PlatePainting::engraved(7, QFont::DemiBold, 0.3));
+
+    drawLetteringCentred(painter, QPointF(centreX, kSelectLetteringY), QStringLiteral("SELECT"),
+                         PlatePainting::engraved(8.5, QFont::DemiBold, 0.9));
+}
+
+} // namespace orvan

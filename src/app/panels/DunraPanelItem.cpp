@@ -1,0 +1,237 @@
+#include "DunraPanelItem.h"
+
+#include "Controls.h"
+#include "LampColors.h"
+#include "OrvanMIDI.h"
+#include "OrvanPanelItem.h"
+#include "PlatePainting.h"
+#include "RCUModel.h"
+#include "StageGeometry.h"
+#include "Theme.h"
+#include "items/BlueDisplayItem.h"
+#include "items/GlossButtonItem.h"
+#include "items/KnobItem.h"
+#include "items/LampRowItem.h"
+#include "items/PowerButtonItem.h"
+#include "items/ReadoutItem.h"
+
+#include <QPainter>
+
+namespace orvan {
+
+using PlatePainting::engraved;
+
+namespace {
+
+constexpr QPointF kPower{100, 58};
+constexpr double kPowerScale = 0.7;
+constexpr QPointF kPowerLabel{100, 100};
+constexpr QPointF kLettering{214, 66};
+constexpr double kChannelLabelX = 322;
+constexpr double kReadoutX = 396;
+constexpr double kReadoutScale = 0.82;
+constexpr double kHeadroomX = 452;
+constexpr QPointF kGainLabel{395, 66};
+constexpr double kSharedY = 66;
+constexpr QSizeF kSharedButton{46, 24};
+constexpr QPointF kJacks[] = {{1000, 50}, {1000, 98}};
+constexpr QPointF kJackLabels{1058, 74};
+constexpr QPointF kKnob{1130, 66};
+constexpr double kKnobScale = 0.82;
+constexpr QPointF kKnobLabels{1205, 70};
+constexpr QPointF kPresetName{1308, 38};
+constexpr double kPresetRowY = 82;
+constexpr QPointF kRackSlots[] = {{24, 16}, {24, 116}, {1416, 16}, {1416, 116}};
+// The right-hand upper screw sits at 26, not 24, as on the unit.
+constexpr QPointF kScrews[] = {{56, 24}, {56, 108}, {1396, 26}, {1396, 108}};
+
+struct Cell {
+    QString label;
+    QColor color;
+    OrvanSwitch sw;
+};
+const std::array<Cell, 5>& cells()
+{
+    static const std::array<Cell, 5> table{{
+        {QStringLiteral("DI"), LampColors::cyan, OrvanSwitch::di},
+        {QStringLiteral("48V"), LampColors::red, OrvanSwitch::phantom},
+        {QStringLiteral("P\u00D8L"), LampColors::yellow, OrvanSwitch::polarity},
+        {QStringLiteral("PAD"), LampColors::orange, OrvanSwitch::pad},
+        {QStringLiteral("MUTE"), LampColors::red, OrvanSwitch::mute},
+    }};
+    return table;
+}
+
+struct PresetButton {
+    double x;
+    double width;
+    QString label;
+};
+const QList<PresetButton>& presetButtonTable()
+{
+    static const QList<PresetButton> table{
+        {1259, 26, QStringLiteral("\u25C0")},
+        {1289, 26, QStringLiteral("\u25B6")},
+        {1327, 38, QStringLiteral("SAVE")},
+        {1374, 46, QStringLiteral("RECALL")},
+    };
+    return table;
+}
+
+const PlatePainting::PlateLook& plateLook()
+{
+    static const PlatePainting::PlateLook look{
+        .cornerRadius = 4,
+        .gradient = {QColor::fromRgbF(0.22f, 0.23f, 0.26f), QColor::fromRgbF(0.09f, 0.095f, 0.11f),
+                     QColor::fromRgbF(0.025f, 0.027f, 0.035f)},
+        .middleStop = 0.45,
+        .verticalGrain = false,
+        .textureOpacity = 0.8,
+        .lightOpacity = 0.85,
+        .border = {QColor::fromRgbF(1, 1, 1, 0.9f), QColor::fromRgbF(1, 1, 1, 0.12f), Qt::transparent,
+                   QColor::fromRgbF(0, 0, 0, 0.85f)},
+        .borderWidth = 1.6,
+        .innerLine = QColor::fromRgbF(0, 0, 0, 0.55f),
+        .innerLineWidth = 1,
+        .shadowColor = QColor::fromRgbF(0, 0, 0, 0.8f),
+        .shadowBlur = 5,
+        .shadowOffset = {-7, 8},
+    };
+    return look;
+}
+
+LetteringStyle cellLabelStyle()
+{
+    return engraved(8, QFont::DemiBold, 0.4);
+}
+
+} // namespace
+
+DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsItem* parent)
+    : PanelItem(model, StageGeometry::kDunraPlate, parent)
+    , m_layout(layout)
+{
+    OrvanMIDI& engine = midi();
+
+    m_power = follow(new PowerButtonItem(
+        [&engine] { return engine.isConnected(); },
+        QStringLiteral("Reset both channels: 18 dB, DI, +48V, pad, polarity and mute off"),
+        QStringLiteral("Dunra not found. Click to look again."), [&model] { model.powerPressed(); }, this));
+    m_power->setPos(kPower);
+    m_power->setScale(kPowerScale);
+
+    // Always two rows, whatever the unit description says: this is the Dunra's face.
+    for (int c = 0; c < 2; ++c) {
+        const QString n = QString::number(c + 1);
+        auto* readout = follow(new ReadoutItem(
+            {.scale = kReadoutScale, .labelColor = render::Theme::engraving()}, DragProfiles::dunraReadout,
+            [&engine, c] { return shownGainDecibels(engine.channels().value(c)); },
+            [&model, c] { return model.selected().contains(c); },
+            [&model, c](int steps) { model.adjustGain(steps, {c}); }, this));
+        readout->setOnClick([&model, c] {
+            if (model.midi().isConnected())
+                model.toggleSelect(c);
+        });
+        readout->setPos(kReadoutX, m_layout.rowDisplay[c]);
+        readout->setToolTip(QStringLiteral("Click to select channel %1. Drag or scroll to change its gain.").arg(n));
+        m_readouts[c] = readout;
+
+        for (int i = 0; i < 5; ++i) {
+            const Cell& cell = cells()[i];
+            const LampRowItem::Look look{.lampSize = 8, .gap = 4,
+                                         .labelWidth = letteringWidth(cell.label, cellLabelStyle()) + 1,
+                                         .color = cell.color, .labelStyle = cellLabelStyle()};
+            auto* item = follow(new LampRowItem(
+                look, cell.label, [&engine, c, s = cell.sw] { return engine.channels().value(c).isOn(s); },
+                [&model, c, s = cell.sw] { model.apply(s, {c}); }, this));
+            item->setPos(m_layout.buttonX[i], m_layout.rowLED[c]);
+            item->setToolTip(QStringLiteral("Toggle %1 on channel %2").arg(cell.label, n));
+            m_cells[c][i] = item;
+        }
+    }
+
+    for (int i = 0; i < 6; ++i) {
+        std::function<void()> action = i < 5 ? std::function<void()>([&model, s = cells()[i].sw] { model.applyToSelected(s); })
+                                             : std::function<void()>([&model] { model.selectAllOrClear(); });
+        auto* button = new GlossButtonItem(kSharedButton, action, this);
+        button->setPos(m_layout.buttonX[i], kSharedY);
+        m_shared << button;
+    }
+
+    m_knob = follow(new KnobItem([&model] { return model.knobAngle(); },
+                                 [&model](int steps) { model.adjustSelected(steps); }, this));
+    m_knob->setOnClick([&model] { model.cycleSelection(); });
+    m_knob->setPos(kKnob);
+    m_knob->setScale(kKnobScale);
+    m_knob->setToolTip(QStringLiteral(
+        "Turn or scroll to change gain on the selected channels. Click to cycle channel 1, channel 2, both."));
+
+    m_presetName = follow(new BlueDisplayItem(
+        {.bezel = {146, 28}, .bezelRadius = 4, .pane = {140, 22}, .paneRadius = 3, .textBoxWidth = 130,
+         .fontSize = 11, .glassHighlight = false, .blueGlow = false, .shadowDepth = 2},
+        [&model] { return QStringList{presetDisplayText(model)}; }, this));
+    m_presetName->setPos(kPresetName);
+
+    const std::function<void()> presetActions[] = {
+        [&model] { model.stepPreset(-1); }, [&model] { model.stepPreset(1); }, [&model] { model.beginSave(); },
+        [&model] { model.requestRecall(); }};
+    for (int i = 0; i < presetButtonTable().size(); ++i) {
+        const PresetButton& b = presetButtonTable()[i];
+        auto* button = new GlossButtonItem(QSizeF(b.width, 18), presetActions[i], this);
+        button->setCaption(b.label, engraved(6, QFont::DemiBold, 0.3));
+        button->setPos(b.x, kPresetRowY);
+        m_presetButtons << button;
+    }
+
+    startFollowing();
+}
+
+void DunraPanelItem::paintPlate(QPainter& painter) const
+{
+    const QRectF plate(QPointF(0, 0), plateSize());
+    PlatePainting::paintPlate(painter, plate, plateLook());
+
+    drawLetteringCentred(painter, kLettering + QPointF(0, -22), QStringLiteral("TARVOLD ENGINEERING"),
+                         engraved(8.5, QFont::DemiBold, 1.0));
+    PlatePainting::paintScriptName(painter, kLettering + QPointF(0, 0), QStringLiteral("Dunra"), 34);
+    drawLetteringCentred(painter, kLettering + QPointF(0, 22), QStringLiteral("2-CHANNEL PREAMPLIFICATION SYSTEM"),
+                         engraved(5.8, QFont::DemiBold, 0.5));
+    drawLetteringCentred(painter, kPowerLabel, QStringLiteral("POWER"), engraved(6.5, QFont::DemiBold, 1.0));
+
+    for (int c = 0; c < 2; ++c) {
+        const double y = m_layout.rowDisplay[c];
+        drawLetteringCentred(painter, QPointF(kChannelLabelX, y), QStringLiteral("CH %1").arg(c + 1),
+                             engraved(8, QFont::DemiBold, 0.8));
+        for (int k = -1; k <= 1; ++k)
+            render::paintLED(painter, QPointF(kHeadroomX, y + k * (5 + 4)), 5, false, LampColors::green);
+    }
+    drawLetteringCentred(painter, kGainLabel, QStringLiteral("GAIN (dB)"), engraved(7, QFont::DemiBold, 0.8));
+
+    const double selectX = m_layout.buttonX[5];
+    const LetteringStyle selectStyle = engraved(7.5, QFont::DemiBold, 0.8);
+    drawLetteringCentred(painter, QPointF(selectX, 27), QStringLiteral("SELECT"), selectStyle);
+    drawLetteringCentred(painter, QPointF(selectX, 107), QStringLiteral("CLEAR"), selectStyle);
+    drawLetteringCentred(painter, QPointF(selectX + 42, 66), QStringLiteral("ALL"), selectStyle);
+
+    for (QPointF jack : kJacks)
+        render::paintJack(painter, jack);
+    const LetteringStyle jackStyle = engraved(7, QFont::DemiBold, 0.7);
+    const QStringList jackLabels{QStringLiteral("CHANNEL 1"), QStringLiteral("DI"), QStringLiteral("CHANNEL 2")};
+    const double lineHeight = 7 * 1.2 + 9;
+    for (int i = 0; i < jackLabels.size(); ++i) {
+        const QRectF box(kJackLabels.x() - 30, kJackLabels.y() + (i - 1) * lineHeight - 6, 80, 12);
+        drawLettering(painter, box, Qt::AlignLeft | Qt::AlignVCenter, jackLabels[i], jackStyle);
+    }
+
+    drawLettering(painter, QRectF(kKnobLabels.x() - 30, kKnobLabels.y() - 11, 80, 11), Qt::AlignLeft | Qt::AlignVCenter,
+                  QStringLiteral("GAIN /"), engraved(7, QFont::DemiBold, 0.8));
+    drawLettering(painter, QRectF(kKnobLabels.x() - 30, kKnobLabels.y(), 80, 10), Qt::AlignLeft | Qt::AlignVCenter,
+                  QStringLiteral("SELECT (PUSH)"), engraved(6, QFont::DemiBold, 0.5));
+
+    for (QPointF slot : kRackSlots)
+        PlatePainting::paintRackSlot(painter, slot, QSizeF(18, 12), 1.1);
+    for (QPointF screw : kScrews)
+        render::paintScrew(painter, screw, 15);
+}
+
+} // namespace orvan

@@ -1,0 +1,208 @@
+#include "OrvanPanelItem.h"
+
+#include "ChannelColumn.h"
+#include "Controls.h"
+#include "OrvanMIDI.h"
+#include "PlatePainting.h"
+#include "RCUModel.h"
+#include "StageGeometry.h"
+#include "items/BlueDisplayItem.h"
+#include "items/GlossButtonItem.h"
+#include "items/KnobItem.h"
+#include "items/PowerButtonItem.h"
+
+#include <QPainter>
+
+namespace orvan {
+
+using PlatePainting::engraved;
+
+namespace {
+
+constexpr QPointF kPower{190, 187};
+constexpr QPointF kPowerLabel{238, 214};
+constexpr QPointF kLettering{190, 78};
+constexpr double kSharedX = 990;
+constexpr double kSharedLabelX = 1045;
+constexpr double kSharedLabelWidth = 44;
+constexpr QSizeF kSharedButton{46, 26};
+constexpr double kInertOpacity = 0.55;
+constexpr QPointF kStatus{1152, 60};
+constexpr QPointF kPresetName{1172, 112};
+constexpr double kPresetRowY = 134;
+constexpr QPointF kKnob{1155, 189};
+constexpr QPointF kGainLabel{1214, 212};
+constexpr QPointF kSetupLabel{1222, 222};
+
+struct SharedRow {
+    double y;
+    QString label;
+    std::optional<OrvanSwitch> sw;
+    bool selectsAll;
+};
+
+const QList<SharedRow>& sharedRows()
+{
+    static const QList<SharedRow> table{
+        {48, QStringLiteral("I/O"), std::nullopt, false},
+        {83, QStringLiteral("48V"), OrvanSwitch::phantom, false},
+        {116, QStringLiteral("POLARITY"), OrvanSwitch::polarity, false},
+        {150, QStringLiteral("PAD"), OrvanSwitch::pad, false},
+        {184, QStringLiteral("MUTE"), OrvanSwitch::mute, false},
+        {217, QStringLiteral("SELECT ALL /\nCLEAR"), std::nullopt, true},
+    };
+    return table;
+}
+
+struct PresetButton {
+    double x;
+    double width;
+    QString label;
+};
+const QList<PresetButton>& presetButtonTable()
+{
+    static const QList<PresetButton> table{
+        {1108, 34, QStringLiteral("\u25C0")},
+        {1146, 34, QStringLiteral("\u25B6")},
+        {1188, 34, QStringLiteral("SAVE")},
+        {1235, 50, QStringLiteral("RECALL")},
+    };
+    return table;
+}
+
+const PlatePainting::PlateLook& plateLook()
+{
+    static const PlatePainting::PlateLook look{
+        .cornerRadius = 5,
+        .gradient = {QColor::fromRgbF(0.30f, 0.34f, 0.43f), QColor::fromRgbF(0.14f, 0.16f, 0.21f),
+                     QColor::fromRgbF(0.05f, 0.06f, 0.09f)},
+        .middleStop = 0.45,
+        .verticalGrain = false,
+        .textureOpacity = 1,
+        .lightOpacity = 1,
+        .border = {QColor::fromRgbF(1, 1, 1, 0.95f), QColor::fromRgbF(1, 1, 1, 0.15f), Qt::transparent,
+                   QColor::fromRgbF(0, 0, 0, 0.8f)},
+        .borderWidth = 1.8,
+        .innerLine = QColor::fromRgbF(0, 0, 0, 0.5f),
+        .innerLineWidth = 1,
+        .shadowColor = QColor::fromRgbF(0, 0, 0, 0.8f),
+        .shadowBlur = 6,
+        .shadowOffset = {-8, 10},
+    };
+    return look;
+}
+
+constexpr QPointF kRackSlots[] = {{26, 22}, {26, 238}, {1414, 22}, {1414, 238}};
+constexpr QPointF kScrews[] = {{92, 62}, {96, 198}, {1348, 62}, {1344, 198}};
+
+} // namespace
+
+QString presetDisplayText(const RCUModel& model)
+{
+    const auto preset = model.currentPreset();
+    if (!preset)
+        return QStringLiteral("No presets saved");
+    return QStringLiteral("%1 %2").arg(model.presetIndex().value_or(0) + 1).arg(preset->name);
+}
+
+OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
+    : PanelItem(model, StageGeometry::kOrvanPlate, parent)
+{
+    OrvanMIDI& engine = midi();
+
+    m_power = follow(new PowerButtonItem(
+        [&engine] { return engine.isConnected(); },
+        QStringLiteral("Reset all channels: 18 dB, +48V, pad, polarity and mute off"),
+        QStringLiteral("Orvan not found. Click to look again."), [&model] { model.powerPressed(); }, this));
+    m_power->setPos(kPower);
+
+    for (int i = 0; i < engine.spec().channelCount; ++i) {
+        auto* column = new ChannelColumn(model, i, this);
+        column->setPos(kFirstColumnX + kColumnPitch * i, 0);
+        column->followWith(*this);
+        m_columns << column;
+    }
+
+    for (const SharedRow& row : sharedRows()) {
+        std::function<void()> action = [] {};
+        if (row.sw)
+            action = [&model, s = *row.sw] { model.applyToSelected(s); };
+        else if (row.selectsAll)
+            action = [&model] { model.selectAllOrClear(); };
+        auto* button = new GlossButtonItem(kSharedButton, action, this);
+        button->setPos(kSharedX, row.y);
+        const bool inert = !row.sw && !row.selectsAll;
+        button->setOpacity(inert ? kInertOpacity : 1.0);
+        button->setToolTip(inert ? QStringLiteral("I/O is not mapped yet")
+                                 : QStringLiteral("Applies to the selected channels"));
+        m_shared << button;
+    }
+
+    m_status = follow(new BlueDisplayItem(
+        {.bezel = {212, 52}, .bezelRadius = 6, .pane = {204, 44}, .paneRadius = 4, .textBoxWidth = 192,
+         .fontSize = 14, .glassHighlight = true, .blueGlow = true, .shadowDepth = 3},
+        [&model] {
+            const auto [first, second] = model.lcdLines();
+            return QStringList{first, second};
+        },
+        this));
+    m_status->setPos(kStatus);
+
+    m_presetName = follow(new BlueDisplayItem(
+        {.bezel = {176, 30}, .bezelRadius = 5, .pane = {168, 22}, .paneRadius = 3.5, .textBoxWidth = 158,
+         .fontSize = 12, .glassHighlight = false, .blueGlow = false, .shadowDepth = 2},
+        [&model] { return QStringList{presetDisplayText(model)}; }, this));
+    m_presetName->setPos(kPresetName);
+
+    const std::function<void()> presetActions[] = {
+        [&model] { model.stepPreset(-1); }, [&model] { model.stepPreset(1); }, [&model] { model.beginSave(); },
+        [&model] { model.requestRecall(); }};
+    for (int i = 0; i < presetButtonTable().size(); ++i) {
+        const PresetButton& b = presetButtonTable()[i];
+        auto* button = new GlossButtonItem(QSizeF(b.width, 20), presetActions[i], this);
+        button->setCaption(b.label, engraved(6.5, QFont::DemiBold, 0.4));
+        button->setPos(b.x, kPresetRowY);
+        m_presetButtons << button;
+    }
+
+    m_knob = follow(new KnobItem([&model] { return model.knobAngle(); },
+                                 [&model](int steps) { model.adjustSelected(steps); }, this));
+    m_knob->setPos(kKnob);
+
+    startFollowing();
+}
+
+void OrvanPanelItem::paintPlate(QPainter& painter) const
+{
+    const QRectF plate(QPointF(0, 0), plateSize());
+    PlatePainting::paintPlate(painter, plate, plateLook());
+
+    // Maker, unit name in script, and the unit's description.
+    const LetteringStyle maker = engraved(10, QFont::DemiBold, 1.1);
+    const LetteringStyle small = engraved(7, QFont::DemiBold, 1.2);
+    drawLetteringCentred(painter, kLettering + QPointF(0, -33), QStringLiteral("TARVOLD ENGINEERING"), maker);
+    PlatePainting::paintScriptName(painter, kLettering + QPointF(0, -4), QStringLiteral("Orvan"), 40);
+    drawLetteringCentred(painter, kLettering + QPointF(0, 24), QStringLiteral("8-CHANNEL"), small);
+    drawLetteringCentred(painter, kLettering + QPointF(0, 34), QStringLiteral("REMOTE PRE-AMPLIFICATION SYSTEM"),
+                         engraved(7, QFont::DemiBold, 0.9));
+    drawLetteringCentred(painter, kPowerLabel, QStringLiteral("POWER"), engraved(7, QFont::DemiBold, 1.0));
+
+    for (int i = 0; i < m_columns.size(); ++i)
+        ChannelColumn::paintStatic(painter, kFirstColumnX + kColumnPitch * i);
+
+    const LetteringStyle sharedLabel = engraved(6.5, QFont::DemiBold, 0.5);
+    for (const SharedRow& row : sharedRows()) {
+        const QRectF box(kSharedLabelX - kSharedLabelWidth / 2, row.y - 10, kSharedLabelWidth, 20);
+        drawLettering(painter, box, Qt::AlignLeft | Qt::AlignVCenter, row.label, sharedLabel);
+    }
+
+    drawLetteringCentred(painter, kGainLabel, QStringLiteral("GAIN"), engraved(7, QFont::DemiBold, 1.0));
+    drawLetteringCentred(painter, kSetupLabel, QStringLiteral("SETUP (HOLD)"), engraved(5.5, QFont::Medium, 0.6));
+
+    for (QPointF slot : kRackSlots)
+        PlatePainting::paintRackSlot(painter, slot, QSizeF(18, 13), 1.2);
+    for (QPointF screw : kScrews)
+        render::paintScrew(painter, screw, 16);
+}
+
+} // namespace orvan

@@ -1,0 +1,82 @@
+#include "PanelItem.h"
+
+#include "OrvanMIDI.h"
+#include "RCUModel.h"
+
+#include <QPainter>
+
+namespace orvan {
+
+namespace {
+// Plate drop shadows reach up to 8 points left and 10 below, blurred by 6.
+constexpr QMarginsF kShadowMargins{16, 8, 8, 18};
+}
+
+class PanelItem::PlateLayer final : public QGraphicsItem {
+public:
+    explicit PlateLayer(PanelItem* panel)
+        : QGraphicsItem(panel)
+        , m_panel(panel)
+    {
+        setCacheMode(DeviceCoordinateCache); // painted once per size and scale
+        setAcceptedMouseButtons(Qt::NoButton);
+        setZValue(-1);
+    }
+    QRectF boundingRect() const override
+    {
+        return QRectF(QPointF(0, 0), m_panel->plateSize()).marginsAdded(kShadowMargins);
+    }
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override { m_panel->paintPlate(*painter); }
+
+private:
+    PanelItem* m_panel;
+};
+
+PanelItem::PanelItem(RCUModel& model, QSizeF plateSize, QGraphicsItem* parent)
+    : QGraphicsObject(parent)
+    , m_model(model)
+    , m_plateSize(plateSize)
+    , m_plate(new PlateLayer(this))
+{
+    setFlag(ItemHasNoContents);
+}
+
+OrvanMIDI& PanelItem::midi() const
+{
+    return m_model.midi();
+}
+
+QRectF PanelItem::boundingRect() const
+{
+    return QRectF(QPointF(0, 0), m_plateSize).marginsAdded(kShadowMargins);
+}
+
+void PanelItem::startFollowing()
+{
+    OrvanMIDI& engine = midi();
+    connect(&engine, &OrvanMIDI::channelsChanged, this, &PanelItem::refreshAll);
+    connect(&engine, &OrvanMIDI::isConnectedChanged, this, &PanelItem::refreshAll);
+    connect(&m_model, &RCUModel::selectedChanged, this, &PanelItem::refreshAll);
+    connect(&m_model, &RCUModel::presetsChanged, this, &PanelItem::refreshAll);
+    connect(&m_model, &RCUModel::presetIndexChanged, this, &PanelItem::refreshAll);
+    m_wasConnected = !engine.isConnected(); // force the first connection look
+    refreshAll();
+}
+
+void PanelItem::refreshAll()
+{
+    bool anyChange = false;
+    const bool connected = midi().isConnected();
+    if (connected != m_wasConnected) {
+        m_wasConnected = connected;
+        setOpacity(connected ? 1.0 : kDisconnectedOpacity);
+        connectionChanged(connected);
+        anyChange = true;
+    }
+    for (Refreshable* follower : m_followers)
+        anyChange = follower->refresh() || anyChange;
+    if (anyChange)
+        emit changed();
+}
+
+} // namespace orvan

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "items/Refreshable.h"
+
+#include <QGraphicsObject>
+#include <functional>
+#include <vector>
+
+namespace orvan {
+
+class OrvanMIDI;
+class RCUModel;
+
+/// One unit's front panel. The plate, lettering, screws and every other part that never changes
+/// are painted once into a cached layer; the controls are child items that repaint only when what
+/// they show changes. The whole panel is drawn at half opacity while its unit is not connected.
+class PanelItem : public QGraphicsObject {
+    Q_OBJECT
+
+public:
+    PanelItem(RCUModel& model, QSizeF plateSize, QGraphicsItem* parent = nullptr);
+
+    RCUModel& model() const { return m_model; }
+    OrvanMIDI& midi() const;
+    QSizeF plateSize() const { return m_plateSize; }
+
+    QRectF boundingRect() const override;
+    void paint(QPainter*, const QStyleOptionGraphicsItem*, QWidget*) override {}
+
+    static constexpr double kDisconnectedOpacity = 0.5;
+
+    /// Registers a control that follows the engine and model; returns it for convenience.
+    template <typename Item>
+    Item* follow(Item* item)
+    {
+        m_followers.push_back(item);
+        return item;
+    }
+
+signals:
+    /// Something the panel shows has changed (a reflection of it must be redrawn).
+    void changed();
+
+protected:
+    /// Paints everything that never changes, in plate coordinates.
+    virtual void paintPlate(QPainter& painter) const = 0;
+    /// Called when the connection changes, after the opacity was set.
+    virtual void connectionChanged(bool connected) { Q_UNUSED(connected); }
+
+    /// Call at the end of the subclass's constructor, once the controls exist.
+    void startFollowing();
+
+private:
+    class PlateLayer;
+    void refreshAll();
+
+    RCUModel& m_model;
+    QSizeF m_plateSize;
+    PlateLayer* m_plate;
+    std::vector<Refreshable*> m_followers;
+    bool m_wasConnected = false;
+};
+
+} // namespace orvan

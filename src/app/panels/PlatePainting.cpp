@@ -1,0 +1,98 @@
+#include "PlatePainting.h"
+
+#include "BrushedTexture.h"
+#include "Controls.h"
+#include "HardLight.h"
+#include "Theme.h"
+
+#include <QPainter>
+
+namespace orvan::PlatePainting {
+
+namespace {
+QLinearGradient alongLight(const QRectF& r)
+{
+    // The light falls from the top-trailing corner to the bottom-leading one.
+    return QLinearGradient(r.topRight(), r.bottomLeft());
+}
+} // namespace
+
+void paintPlate(QPainter& painter, const QRectF& plate, const PlateLook& look)
+{
+    QPainterPath shape;
+    shape.addRoundedRect(plate, look.cornerRadius, look.cornerRadius);
+
+    render::paintShadow(painter, shape, look.shadowColor, look.shadowBlur, look.shadowOffset);
+
+    QLinearGradient fill = alongLight(plate);
+    fill.setColorAt(0, look.gradient[0]);
+    fill.setColorAt(look.middleStop, look.gradient[1]);
+    fill.setColorAt(1, look.gradient[2]);
+    painter.fillPath(shape, fill);
+
+    painter.save();
+    painter.setClipPath(shape, Qt::IntersectClip);
+    painter.setOpacity(look.textureOpacity);
+    render::paintBrushedTexture(painter, plate, look.verticalGrain);
+    painter.setOpacity(look.lightOpacity);
+    render::paintHardLight(painter, plate);
+    painter.restore();
+
+    // Border stroked inside the outline, then a thin dark line inset by 2.
+    QLinearGradient border = alongLight(plate);
+    for (int i = 0; i < 4; ++i)
+        border.setColorAt(i / 3.0, look.border[size_t(i)]);
+    const double half = look.borderWidth / 2;
+    QPainterPath borderPath;
+    borderPath.addRoundedRect(plate.adjusted(half, half, -half, -half), look.cornerRadius - half,
+                              look.cornerRadius - half);
+    painter.strokePath(borderPath, QPen(QBrush(border), look.borderWidth));
+
+    QPainterPath inner;
+    const double inset = 2;
+    inner.addRoundedRect(plate.adjusted(inset, inset, -inset, -inset), std::max(0.0, look.cornerRadius - inset),
+                         std::max(0.0, look.cornerRadius - inset));
+    painter.strokePath(inner, QPen(look.innerLine, look.innerLineWidth));
+}
+
+void paintRackSlot(QPainter& painter, QPointF centre, QSizeF size, double rimWidth)
+{
+    const QRectF slot(centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height());
+    const double radius = size.height() / 2;
+    QPainterPath capsule;
+    capsule.addRoundedRect(slot, radius, radius);
+    painter.fillPath(capsule, Qt::black);
+    QLinearGradient rim = alongLight(slot);
+    rim.setColorAt(0, Qt::black);
+    rim.setColorAt(1, QColor::fromRgbF(1, 1, 1, 0.55f));
+    painter.strokePath(capsule, QPen(QBrush(rim), rimWidth));
+}
+
+LetteringStyle engraved(double size, QFont::Weight weight, double tracking)
+{
+    // Cut into the metal: light letters with a crisp dark shadow up and to the left.
+    return {.size = size, .weight = weight, .tracking = tracking, .color = render::Theme::engraving(),
+            .shadowColor = QColor::fromRgbF(0, 0, 0, 0.9f), .shadowOffset = {-0.6, 0.8}};
+}
+
+void paintScriptName(QPainter& painter, QPointF centre, const QString& name, double size)
+{
+    LetteringStyle style{.size = size, .weight = QFont::Normal, .color = Qt::white, .italic = true,
+                         .family = render::scriptFontFamily(), .shadowColor = Qt::black,
+                         .shadowOffset = {-1, 1.2}};
+    // The shadow is applied twice on the unit's badge: draw it once more, darker under the letters.
+    LetteringStyle shadowOnly = style;
+    shadowOnly.color = Qt::transparent;
+    shadowOnly.shadowOffset = {-1, 1.2};
+    drawLetteringCentred(painter, centre, name, shadowOnly);
+
+    // A vertical white-to-grey fill is drawn by letting the gradient be the text pen.
+    QLinearGradient fill(0, centre.y() - size / 2, 0, centre.y() + size / 2);
+    fill.setColorAt(0, Qt::white);
+    fill.setColorAt(1, QColor::fromRgbF(0.7f, 0.7f, 0.7f));
+    style.color = Qt::white;
+    style.gradient = fill;
+    drawLetteringCentred(painter, centre, name, style);
+}
+
+} // namespace orvan::PlatePainting

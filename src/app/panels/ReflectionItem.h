@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QGraphicsObject>
+#include <QImage>
+#include <functional>
+#include <memory>
+
+class QGraphicsScene;
+
+namespace orvan {
+
+class PanelItem;
+
+/// The mirrored, fading reflection of a panel on the stage floor. It is a live copy: a second
+/// instance of the panel, bound to the same engine and model, lives in a private scene; its
+/// lower edge is rendered mirrored, masked, softened and clipped into a cached image, which is
+/// refreshed only when that panel's look changes. It takes no input.
+class ReflectionItem final : public QGraphicsObject {
+    Q_OBJECT
+
+public:
+    ReflectionItem(std::function<PanelItem*()> makeCopy, QSizeF plateSize, QGraphicsItem* parent = nullptr);
+    ~ReflectionItem() override;
+
+    static constexpr double kHeight = 150;
+    static constexpr double kTopPadding = 3;
+    static constexpr double kMaskOpacity = 0.42;
+    static constexpr double kBlurRadius = 0.7;
+
+    QRectF boundingRect() const override;
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget*) override;
+
+    /// How many times the image was rebuilt (a panel change rebuilds it once, at the next paint).
+    int renderCount() const { return m_renderCount; }
+    PanelItem* copy() const { return m_copy; }
+
+private:
+    void invalidate();
+    void rebuild(double deviceScale);
+
+    std::unique_ptr<QGraphicsScene> m_scene;
+    PanelItem* m_copy;
+    QSizeF m_plateSize;
+    QImage m_image;
+    double m_imageScale = 0;
+    bool m_dirty = true;
+    int m_renderCount = 0;
+};
+
+} // namespace orvan

@@ -1,0 +1,39 @@
+#include "FooterItem.h"
+
+#include <QPainter>
+
+namespace orvan {
+
+namespace {
+constexpr double kLineHeight = 14;
+}
+
+FooterItem::FooterItem(QString text, Qt::Alignment side)
+    : m_text(std::move(text))
+    , m_side(side)
+{
+    setAcceptedMouseButtons(Qt::NoButton);
+    setCacheMode(DeviceCoordinateCache);
+}
+
+LetteringStyle FooterItem::style()
+{
+    return {.size = 9, .weight = QFont::Medium, .tracking = 0.8, .color = QColor::fromRgbF(0.75f, 0.75f, 0.75f, 0.7f),
+            .shadowColor = Qt::black, .shadowOffset = {-0.6, 0.8}};
+}
+
+// The item's origin is the line's anchor: its bottom-left corner, or bottom-right for the right side.
+QRectF FooterItem::boundingRect() const
+{
+    const double width = letteringWidth(m_text, style()) + 2;
+    const double left = m_side & Qt::AlignRight ? -width : 0;
+    return {left - 1, -kLineHeight, width + 2, kLineHeight + 1};
+}
+
+void FooterItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
+{
+    const QRectF box = boundingRect().adjusted(1, 0, -1, -1);
+    drawLettering(*painter, box, (m_side & Qt::AlignHorizontal_Mask) | Qt::AlignBottom, m_text, style());
+}
+
+} // namespace orvan

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "items/Lettering.h"
+
+#include <QGraphicsItem>
+
+namespace orvan {
+
+/// One line of the stage's footer, standing on the canvas's bottom edge; takes no mouse input.
+class FooterItem final : public QGraphicsItem {
+public:
+    FooterItem(QString text, Qt::Alignment side);
+
+    /// The shared look of both footer lines.
+    static LetteringStyle style();
+
+    QString text() const { return m_text; }
+    QRectF boundingRect() const override;
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override;
+
+private:
+    QString m_text;
+    Qt::Alignment m_side;
+};
+
+} // namespace orvan

@@ -1,0 +1,78 @@
+#include "StageScene.h"
+
+#include "AppVersion.h"
+#include "BackdropItem.h"
+#include "DemoMode.h"
+#include "DemoPillItem.h"
+#include "DragStripItem.h"
+#include "FooterItem.h"
+#include "OrvanMIDI.h"
+#include "OrvanRCUApp.h"
+#include "RCUModel.h"
+#include "StageGeometry.h"
+#include "panels/DunraPanelItem.h"
+#include "panels/MelkoPanelItem.h"
+#include "panels/OrvanPanelItem.h"
+#include "panels/ReflectionItem.h"
+
+namespace orvan {
+
+using namespace StageGeometry;
+
+namespace {
+const QString kDedication = QStringLiteral("for everyone who mics the room by ear");
+}
+
+StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
+    : QGraphicsScene(QRectF(QPointF(0, 0), kCanvas), parent)
+    , m_orvan(app.orvanModel())
+    , m_dunra(app.dunraModel())
+    , m_melko(app.melkoModel())
+{
+    setItemIndexMethod(QGraphicsScene::NoIndex); // few items, most of them updating: no BSP tree
+    addItem(new BackdropItem(kCanvas));
+
+    auto* dunra = new DunraPanelItem(m_dunra);
+    dunra->setPos(kDunraAt);
+    addItem(dunra);
+
+    auto* orvan = new OrvanPanelItem(m_orvan);
+    orvan->setPos(kOrvanAt);
+    addItem(orvan);
+    auto* orvanReflection = new ReflectionItem([this] { return new OrvanPanelItem(m_orvan); }, kOrvanPlate);
+    orvanReflection->setPos(kOrvanReflectionAt);
+    addItem(orvanReflection);
+
+    auto* melko = new MelkoPanelItem(m_melko);
+    melko->setPos(kMelkoAt);
+    addItem(melko);
+    auto* melkoReflection = new ReflectionItem([this] { return new MelkoPanelItem(m_melko); }, kMelkoPlate);
+    melkoReflection->setPos(kMelkoReflectionAt);
+    addItem(melkoReflection);
+
+    auto* strip = new DragStripItem(kCanvas.width(), kDragStripHeight);
+    addItem(strip);
+
+    auto* version = new FooterItem(QStringLiteral("Orvan RCU ") + appVersion(), Qt::AlignLeft);
+    version->setPos(kFooterInset, kCanvas.height() - kFooterBottom);
+    addItem(version);
+    auto* dedication = new FooterItem(kDedication, Qt::AlignRight);
+    dedication->setPos(kCanvas.width() - kFooterInset, kCanvas.height() - kFooterBottom);
+    addItem(dedication);
+
+    m_demoPill = new DemoPillItem({&m_orvan.midi(), &m_dunra.midi(), &m_melko.midi()}, DemoMode::shared());
+    m_demoPill->setPos(kCanvas.width() / 2, kCanvas.height() - kFooterBottom - DemoPillItem::kPillSize.height() / 2);
+    addItem(m_demoPill);
+}
+
+void StageScene::adjustFocused(int steps)
+{
+    if (!m_orvan.selected().isEmpty())
+        m_orvan.adjustSelected(steps);
+    else if (!m_dunra.selected().isEmpty())
+        m_dunra.adjustSelected(steps);
+    else
+        m_melko.adjustGain(steps, {0});
+}
+
+} // namespace orvan

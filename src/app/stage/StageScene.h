@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QGraphicsScene>
+
+namespace orvan {
+
+class DemoPillItem;
+class OrvanRCUApp;
+class RCUModel;
+
+/// The whole content of the window on a 1622 x 585 canvas: backdrop, the three panels (the Orvan
+/// and the Melko with live reflections), the drag strip, the footer and the demo control.
+class StageScene final : public QGraphicsScene {
+public:
+    explicit StageScene(OrvanRCUApp& app, QObject* parent = nullptr);
+
+    /// A keyboard gain step: the Orvan's selection if any, else the Dunra's, else the Melko.
+    void adjustFocused(int steps);
+
+    DemoPillItem* demoPill() const { return m_demoPill; }
+
+private:
+    RCUModel& m_orvan;
+    RCUModel& m_dunra;
+    RCUModel& m_melko;
+    DemoPillItem* m_demoPill = nullptr;
+};
+
+} // namespace orvan

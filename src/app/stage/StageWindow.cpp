@@ -1,0 +1,50 @@
+#include "StageWindow.h"
+
+#include "StageGeometry.h"
+
+#include <QKeyEvent>
+#include <QScreen>
+#include <cmath>
+
+namespace orvan {
+
+StageWindow::StageWindow(QGraphicsScene* stage, QWidget* parent)
+    : QGraphicsView(stage, parent)
+{
+    setWindowTitle(QStringLiteral("Orvan RCU"));
+    setWindowFlag(Qt::FramelessWindowHint);
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    setBackgroundBrush(Qt::black);
+    setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
+    setViewportUpdateMode(QGraphicsView::MinimalViewportUpdate);
+    setOptimizationFlags(QGraphicsView::DontSavePainterState | QGraphicsView::DontAdjustForAntialiasing);
+    setSceneRect(QRectF(QPointF(0, 0), StageGeometry::kCanvas));
+    scale(StageGeometry::kScale, StageGeometry::kScale);
+
+    const QSize size(int(std::ceil(StageGeometry::kWindow.width())), int(std::ceil(StageGeometry::kWindow.height())));
+    setFixedSize(size);
+    // Arrow keys work at once, without a click; no focus ring is drawn on a graphics view.
+    setFocusPolicy(Qt::StrongFocus);
+    setFocus();
+}
+
+void StageWindow::centreOnScreen()
+{
+    if (const QScreen* screen = this->screen())
+        move(screen->availableGeometry().center() - rect().center());
+}
+
+void StageWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (m_onArrowStep && (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)) {
+        m_onArrowStep(event->key() == Qt::Key_Up ? 1 : -1);
+        event->accept();
+        return;
+    }
+    QGraphicsView::keyPressEvent(event);
+}
+
+} // namespace orvan

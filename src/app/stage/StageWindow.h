@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QGraphicsView>
+#include <functional>
+
+namespace orvan {
+
+/// The one window: undecorated, fixed size, black, showing the stage at 0.8. The up and down
+/// arrow keys step the gain of whatever `onArrowStep` routes them to.
+class StageWindow final : public QGraphicsView {
+public:
+    explicit StageWindow(QGraphicsScene* stage, QWidget* parent = nullptr);
+
+    void setArrowStepHandler(std::function<void(int steps)> handler) { m_onArrowStep = std::move(handler); }
+
+    /// Places the window in the middle of its screen (where the window system lets us).
+    void centreOnScreen();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    std::function<void(int)> m_onArrowStep;
+};
+
+} // namespace orvan

@@ -1,0 +1,103 @@
+#include "Blur.h"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace orvan::render {
+
+namespace {
+
+// One horizontal box pass of half-width r over premultiplied ARGB32 rows, written transposed so
+// that running it twice covers both directions with the same code.
+QImage boxPassTransposed(const QImage& src, int r)
+{
+    const int w = src.width(), h = src.height();
+    QImage dst(h, w, QImage::Format_ARGB32_Premultiplied);
+    const int window = 2 * r + 1;
+    std::vector<quint32> row(std::size_t(w + 2 * r));
+    for (int y = 0; y < h; ++y) {
+        const auto* in = reinterpret_cast<const quint32*>(src.constScanLine(y));
+        std::fill(row.begin(), row.end(), 0u);
+        std::copy(in, in + w, row.begin() + r);
+        quint32 sum[4] = {0, 0, 0, 0};
+        for (int i = 0; i < window - 1; ++i)
+            for (int c = 0; c < 4; ++c)
+                sum[c] += (row[std::size_t(i)] >> (8 * c)) & 0xFF;
+        for (int x = 0; x < w; ++x) {
+            const quint32 entering = row[std::size_t(x + window - 1)];
+            for (int c = 0; c < 4; ++c)
+                sum[c] += (entering >> (8 * c)) & 0xFF;
+            quint32 out = 0;
+            for (int c = 0; c < 4; ++c)
+                out |= ((sum[c] + quint32(window / 2)) / quint32(window)) << (8 * c);
+            reinterpret_cast<quint32*>(dst.scanLine(x))[y] = out;
+            const quint32 leaving = row[std::size_t(x)];
+            for (int c = 0; c < 4; ++c)
+                sum[c] -= (leaving >> (8 * c)) & 0xFF;
+        }
+    }
+    return dst;
+}
+
+double deviceScale(const QPainter& painter)
+{
+    const QTransform t = painter.deviceTransform();
+    return std::sqrt(std::abs(t.m11() * t.m22() - t.m12() * t.m21()));
+}
+
+} // namespace
+
+QImage blurred(const QImage& image, double radius)
+{
+    QImage out = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    if (radius < 0.5 || out.isNull())
+        return out;
+    // Three box passes approximate a Gaussian; a box of half-width r has sigma^2 = r(r+1)/3 and
+    // three of them add up, so pick r from the radius taken as sigma.
+    const int r = std::max(1, int(std::lround(std::sqrt(radius * radius + 1) - 0.5)));
+    for (int pass = 0; pass < 3; ++pass)
+        out = boxPassTransposed(boxPassTransposed(out, r), r);
+    return out;
+}
+
+void paintShadow(QPainter& painter, const QPainterPath& shape, const QColor& color, double radius, QPointF offset)
+{
+    if (color.alpha() == 0)
+        return;
+    if (radius <= 0) {
+        painter.fillPath(shape.translated(offset), color);
+        return;
+    }
+    const double scale = deviceScale(painter);
+    const double margin = radius * 3;
+    const QRectF bounds = shape.boundingRect().adjusted(-margin, -margin, margin, margin);
+    const QSize pixels(std::max(1, int(std::ceil(bounds.width() * scale))), std::max(1, int(std::ceil(bounds.height() * scale))));
+    QImage layer(pixels, QImage::Format_ARGB32_Premultiplied);
+    layer.fill(Qt::transparent);
+    {
+        QPainter p(&layer);
+        p.setRenderHint(QPainter::Antialiasing);
+        p.scale(scale, scale);
+        p.translate(-bounds.topLeft());
+        p.fillPath(shape, color);
+    }
+    const QImage soft = blurred(layer, radius * scale);
+    painter.drawImage(QRectF(bounds.topLeft() + offset, bounds.size()), soft);
+}
+
+void paintHardShadow(QPainter& painter, const QPainterPath& shape, double depth, double opacity)
+{
+    paintShadow(painter, shape, QColor::fromRgbF(0, 0, 0, float(opacity)), 0.35 * depth, QPointF(-depth, 1.1 * depth));
+}
+
+void paintGlow(QPainter& painter, const QPainterPath& shape, const QColor& color, double opacity, double radius)
+{
+    QColor c = color;
+    c.setAlphaF(float(opacity * color.alphaF()));
+    paintShadow(painter, shape, c, radius, QPointF(0, 0));
+}
+
+} // namespace orvan::render

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QImage>
+#include <QRectF>
+
+class QPainter;
+
+namespace orvan::render {
+
+/// The brushed-metal grain: a faint sheen per row (or column) and long thin scratches, the same on
+/// every drawing. Grain runs top to bottom when `vertical`, left to right otherwise.
+struct BrushedTexture {
+    bool vertical = false;
+
+    static constexpr std::uint64_t kSeed = 7;
+    static constexpr int kVerticalScratches = 500;
+    static constexpr int kHorizontalScratches = 1400;
+
+    /// Draws the texture into `rect` directly (no cache), transparent where it draws nothing.
+    void draw(QPainter& painter, QSizeF size) const;
+};
+
+/// Paints the texture into `rect`. The image is made once per (size, grain direction, device
+/// scale) and reused, since it depends on nothing else.
+void paintBrushedTexture(QPainter& painter, const QRectF& rect, bool vertical);
+
+/// The cached image for a frame size at a device scale (exposed for tests and benchmarks).
+QImage brushedTextureImage(QSizeF size, bool vertical, double deviceScale);
+
+} // namespace orvan::render

@@ -1,0 +1,243 @@
+#include "Controls.h"
+
+#include "Theme.h"
+
+#include <QConicalGradient>
+#include <QFontDatabase>
+#include <QPainter>
+#include <QtMath>
+#include <algorithm>
+
+namespace orvan::render {
+
+namespace {
+
+QColor white(double level, double alpha = 1)
+{
+    return QColor::fromRgbF(float(level), float(level), float(level), float(alpha));
+}
+
+QRectF circle(QPointF centre, double diameter)
+{
+    return {centre.x() - diameter / 2, centre.y() - diameter / 2, diameter, diameter};
+}
+
+QPainterPath circlePath(QPointF centre, double diameter)
+{
+    QPainterPath p;
+    p.addEllipse(circle(centre, diameter));
+    return p;
+}
+
+/// A conic gradient whose stops are evenly spaced, starting `startDegrees` clockwise from 3 o'clock.
+QConicalGradient conic(QPointF centre, double startDegrees, std::initializer_list<double> levels)
+{
+    // Qt's conical gradient runs counter-clockwise; screen angles here run clockwise.
+    QConicalGradient g(centre, -startDegrees);
+    const int n = int(levels.size()) - 1;
+    int i = 0;
+    for (double level : levels) {
+        g.setColorAt(1.0 - double(i) / n, white(level));
+        ++i;
+    }
+    return g;
+}
+
+/// A stroke that lies entirely inside the shape's outline.
+void strokeInside(QPainter& painter, const QRectF& rect, double radius, const QBrush& brush, double width,
+                  bool ellipse = false)
+{
+    const double inset = width / 2;
+    QPainterPath path;
+    const QRectF r = rect.adjusted(inset, inset, -inset, -inset);
+    if (ellipse)
+        path.addEllipse(r);
+    else
+        path.addRoundedRect(r, std::max(0.0, radius - inset), std::max(0.0, radius - inset));
+    painter.strokePath(path, QPen(brush, width));
+}
+
+} // namespace
+
+QPainterPath glossButtonOutline(const QRectF& face)
+{
+    const double r = 0.42 * face.height();
+    QPainterPath p;
+    p.addRoundedRect(face, r, r);
+    return p;
+}
+
+void paintGlossButton(QPainter& painter, const QRectF& face, bool lit)
+{
+    const double r = 0.42 * face.height();
+    const QRectF bezel = face.adjusted(-2.5, -2.5, 2.5, 2.5);
+    QPainterPath bezelPath;
+    bezelPath.addRoundedRect(bezel, r + 2, r + 2);
+    const QPainterPath facePath = glossButtonOutline(face);
+
+    paintHardShadow(painter, bezelPath, 3, 0.75);
+    if (lit)
+        paintGlow(painter, facePath, Theme::blueLit(), 1.0, 5);
+    painter.fillPath(bezelPath, Qt::black);
+
+    QLinearGradient fill(face.topRight(), face.bottomLeft());
+    fill.setColorAt(0, white(0.36));
+    fill.setColorAt(0.5, white(0.11));
+    fill.setColorAt(1, white(0.03));
+    painter.fillPath(facePath, fill);
+
+    QLinearGradient rim(face.topRight(), face.center());
+    rim.setColorAt(0, white(1, 0.9));
+    rim.setColorAt(0.5, white(1, 0.05));
+    rim.setColorAt(1, Qt::transparent);
+    rim.setSpread(QGradient::PadSpread);
+    strokeInside(painter, face, r, rim, 1.2);
+
+    const QSizeF gloss(0.34 * face.width(), std::max(0.1 * face.height(), 2.0));
+    const QPointF glossCentre = face.center() + QPointF(0.2 * face.width(), -0.3 * face.height());
+    QPainterPath glossPath;
+    glossPath.addRoundedRect(QRectF(glossCentre.x() - gloss.width() / 2, glossCentre.y() - gloss.height() / 2,
+                                    gloss.width(), gloss.height()),
+                             gloss.height() / 2, gloss.height() / 2);
+    paintGlow(painter, glossPath, Qt::white, 0.6, 0.5);
+
+    if (lit)
+        strokeInside(painter, face, r, Theme::blueLit(), 1.6);
+}
+
+void paintLED(QPainter& painter, QPointF centre, double size, bool on, const QColor& color)
+{
+    const QRectF r = circle(centre, size);
+    const QPainterPath lamp = circlePath(centre, size);
+    if (on)
+        paintGlow(painter, lamp, color, 0.95, 4);
+    QRadialGradient dome(QPointF(r.left() + 0.65 * size, r.top() + 0.30 * size), size);
+    if (on) {
+        QColor faded = color;
+        faded.setAlphaF(0.6f);
+        dome.setColorAt(0, Qt::white);
+        dome.setColorAt(0.5, color);
+        dome.setColorAt(1, faded);
+    } else {
+        dome.setColorAt(0, white(0.28));
+        dome.setColorAt(1, white(0.06));
+    }
+    painter.fillPath(lamp, dome);
+    strokeInside(painter, r, 0, QColor::fromRgbF(0, 0, 0, 0.8f), 0.8, true);
+}
+
+void paintKnob(QPainter& painter, QPointF centre, double angle)
+{
+    const QPainterPath well = circlePath(centre, 66);
+    paintHardShadow(painter, well, 6, 0.75);
+    painter.fillPath(well, Qt::black);
+
+    const QRectF skirtRect = circle(centre, 62);
+    QLinearGradient skirt(skirtRect.topRight(), skirtRect.bottomLeft());
+    skirt.setColorAt(0, white(0.28));
+    skirt.setColorAt(1, white(0.03));
+    painter.fillPath(circlePath(centre, 62), skirt);
+
+    painter.save();
+    painter.translate(centre);
+    painter.rotate(qRadiansToDegrees(angle));
+    const QPointF origin(0, 0);
+    painter.fillPath(circlePath(origin, 52), conic(origin, 35, {0.95, 0.45, 0.90, 0.30, 0.95, 0.50, 0.92, 0.35, 0.95}));
+    strokeInside(painter, circle(origin, 52), 0, white(1, 0.8), 0.8, true);
+    // Knurling: a dashed ring just inside the cap's edge.
+    QPen knurl(QColor::fromRgbF(0, 0, 0, 0.25f), 5, Qt::CustomDashLine, Qt::FlatCap, Qt::MiterJoin);
+    knurl.setDashPattern({1.0 / 5, 1.6 / 5});
+    knurl.setMiterLimit(10);
+    painter.setPen(knurl);
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(circle(origin, 48 - 5));
+    painter.fillRect(QRectF(-1, -24.5, 2, 11), QColor::fromRgbF(0, 0, 0, 0.75f));
+    painter.restore();
+
+    const QRectF cap = circle(centre, 52);
+    QRadialGradient specular(QPointF(cap.left() + 0.8 * 52, cap.top() + 0.15 * 52), 28);
+    specular.setColorAt(0, white(1, 0.55));
+    specular.setColorAt(1, Qt::transparent);
+    painter.fillPath(circlePath(centre, 52), specular);
+}
+
+void paintScrew(QPainter& painter, QPointF centre, double size)
+{
+    const QPainterPath head = circlePath(centre, size);
+    paintHardShadow(painter, head, 2, 0.75);
+    painter.fillPath(head, Qt::black);
+    painter.fillPath(circlePath(centre, size - 3), conic(centre, 0, {0.90, 0.35, 0.85, 0.30, 0.90}));
+    painter.save();
+    painter.translate(centre);
+    painter.rotate(-30); // every screw's slot sits at the same angle, right end raised
+    QPainterPath slot;
+    slot.addRoundedRect(QRectF(-0.35 * size, -0.8, 0.7 * size, 1.6), 0.8, 0.8);
+    painter.fillPath(slot, QColor::fromRgbF(0, 0, 0, 0.7f));
+    painter.restore();
+}
+
+void paintPowerButton(QPainter& painter, QPointF centre, bool connected)
+{
+    const QPainterPath outer = circlePath(centre, 60);
+    paintHardShadow(painter, outer, 5, 0.75);
+    painter.fillPath(outer, Qt::black);
+
+    const QRectF body = circle(centre, 55);
+    QLinearGradient bodyFill(body.topRight(), body.bottomLeft());
+    bodyFill.setColorAt(0, white(0.4));
+    bodyFill.setColorAt(1, white(0.04));
+    painter.fillPath(circlePath(centre, 55), bodyFill);
+
+    const QColor ring = connected ? QColor::fromRgbF(0.2f, 0.78f, 0.35f, 0.9f) : QColor::fromRgbF(1, 0.23f, 0.19f, 0.8f);
+    QPainterPath ringPath = circlePath(centre, 50);
+    QPainterPathStroker stroker;
+    stroker.setWidth(1.5);
+    paintGlow(painter, stroker.createStroke(ringPath), ring, 1.0, 4);
+    painter.strokePath(ringPath, QPen(ring, 1.5));
+
+    painter.fillPath(circlePath(centre, 40), conic(centre, 0, {0.85, 0.3, 0.8, 0.25, 0.85}));
+    const QRectF cap = circle(centre, 40);
+    QRadialGradient highlight(QPointF(cap.left() + 0.8 * 40, cap.top() + 0.15 * 40), 24);
+    highlight.setColorAt(0, white(1, 0.6));
+    highlight.setColorAt(1, Qt::transparent);
+    painter.fillPath(circlePath(centre, 40), highlight);
+}
+
+void paintJack(QPainter& painter, QPointF centre)
+{
+    const QPainterPath outer = circlePath(centre, 40);
+    paintHardShadow(painter, outer, 4, 0.75);
+    painter.fillPath(outer, Qt::black);
+    painter.fillPath(circlePath(centre, 36), conic(centre, 0, {0.9, 0.35, 0.85, 0.3, 0.9}));
+    QRadialGradient hole(centre, 14);
+    hole.setColorAt(0, white(0.12));
+    hole.setColorAt(1, Qt::black);
+    painter.fillPath(circlePath(centre, 26), hole);
+    strokeInside(painter, circle(centre, 26), 0, white(1, 0.35), 1, true);
+}
+
+QString scriptFontFamily()
+{
+    static const QString family = [] {
+        const QStringList families = QFontDatabase::families();
+        // Families may carry their foundry: "Z003 [urw]".
+        const auto installed = [&](const QString& wanted) {
+            return std::ranges::any_of(families, [&](const QString& f) {
+                return f == wanted || f.startsWith(wanted + QLatin1String(" ["));
+            });
+        };
+        for (const QString& wanted : {QStringLiteral("Snell Roundhand"), QStringLiteral("Z003")}) {
+            if (installed(wanted))
+                return wanted;
+        }
+        for (const QString& f : families) {
+            if (f.contains(QLatin1String("Script"), Qt::CaseInsensitive)
+                || f.contains(QLatin1String("Chancery"), Qt::CaseInsensitive))
+                return f;
+        }
+        return QString(); // the system face in italic
+    }();
+    return family;
+}
+
+} // namespace orvan::render

@@ -1,0 +1,94 @@
+#include "GainDisplay.h"
+
+#include "Blur.h"
+#include "SevenSegment.h"
+#include "Theme.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+namespace orvan::render {
+
+namespace {
+const QColor kGlassTop = QColor::fromRgbF(0.07f, 0.20f, 0.75f);
+const QColor kGlassBottom = QColor::fromRgbF(0.01f, 0.03f, 0.25f);
+constexpr double kCornerRadius = 20;
+constexpr double kRimWidth = 1.4;
+} // namespace
+
+std::pair<int, int> GainDisplay::digits(std::optional<qint64> dB)
+{
+    if (!dB)
+        return {-1, -1};
+    // Only the last two digits show, and none is ever blanked: 7 reads 07, 100 reads 00.
+    const qint64 v = *dB;
+    return {int((v / 10) % 10), int(v - 10 * (v / 10))};
+}
+
+void paintGainDisplay(QPainter& painter, QPointF centre, const GainDisplay& display)
+{
+    const QSizeF size = GainDisplay::kSize;
+    const QRectF frame(centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height());
+    QPainterPath glass;
+    glass.addRoundedRect(frame, kCornerRadius, kCornerRadius);
+
+    // Hard shadow, then the blue glow of the whole readout, under it.
+    paintHardShadow(painter, glass, 3, 0.75);
+    paintGlow(painter, glass, Theme::blueLit(), display.selected ? 0.85 : 0.35, display.selected ? 9 : 5);
+
+    QLinearGradient fill(frame.topLeft(), frame.bottomLeft());
+    fill.setColorAt(0, kGlassTop);
+    fill.setColorAt(1, kGlassBottom);
+    painter.fillPath(glass, fill);
+
+    const auto [tens, ones] = GainDisplay::digits(display.dB);
+    const QSizeF digit = GainDisplay::kDigit;
+    const double rowWidth = 2 * digit.width() + GainDisplay::kDigitSpacing;
+    const QPointF rowTopLeft(frame.center().x() - rowWidth / 2, frame.center().y() - digit.height() / 2);
+    QPainterPath digitShapes;
+    for (int i = 0; i < 2; ++i) {
+        const int value = i == 0 ? tens : ones;
+        SevenSegmentDigit d{value < 0 ? SevenSegmentDigit::dash() : SevenSegmentDigit::forDigit(value),
+                            display.showUnlit, true, digit.width(), digit.height()};
+        const QPointF topLeft = rowTopLeft + QPointF(i * (digit.width() + GainDisplay::kDigitSpacing), 0);
+        d.paint(painter, topLeft);
+        for (char s : kSegmentOrder) {
+            if (display.showUnlit || d.segments.contains(QLatin1Char(s)))
+                digitShapes.addPath(d.segmentPath(s).translated(topLeft));
+        }
+    }
+
+    // A hard-edged light band across the upper right, brightening only the digit shapes.
+    QLinearGradient band(frame.topRight(), frame.bottomLeft());
+    band.setColorAt(0, QColor::fromRgbF(1, 1, 1, 0.22f));
+    band.setColorAt(0.12, QColor::fromRgbF(1, 1, 1, 0.22f));
+    band.setColorAt(0.13, Qt::transparent);
+    painter.save();
+    painter.setCompositionMode(QPainter::CompositionMode_Plus);
+    painter.fillPath(digitShapes.intersected(glass), band);
+    painter.restore();
+
+    // Rim stroked inside the outline.
+    QLinearGradient rim(frame.topRight(), frame.bottomLeft());
+    rim.setColorAt(0, QColor::fromRgbF(1, 1, 1, display.selected ? 0.95f : 0.55f));
+    rim.setColorAt(1, QColor::fromRgbF(0, 0, 0, 0.7f));
+    QPainterPath rimPath;
+    const double inset = kRimWidth / 2;
+    rimPath.addRoundedRect(frame.adjusted(inset, inset, -inset, -inset), kCornerRadius - inset, kCornerRadius - inset);
+    painter.strokePath(rimPath, QPen(QBrush(rim), kRimWidth));
+
+    // "dB" just outside the lower right corner.
+    QFont font;
+    font.setPixelSize(64);
+    font.setBold(true);
+    painter.save();
+    const double k = 7.5 / 64;
+    painter.translate(frame.right() + 3, frame.bottom() + 11);
+    painter.scale(k, k);
+    painter.setFont(font);
+    painter.setPen(display.labelColor);
+    painter.drawText(QRectF(-200, -100, 200, 100), Qt::AlignRight | Qt::AlignBottom, QStringLiteral("dB"));
+    painter.restore();
+}
+
+} // namespace orvan::render
