@@ -1,5 +1,6 @@
 #include "ApplicationShell.h"
 #include "HostMidi.h"
+#include "IconRenderer.h"
 #include "LaunchOptions.h"
 #include "OrvanRCUApp.h"
 #include "time/SystemClock.h"
@@ -20,6 +21,10 @@ QStringList argumentList(int argc, char** argv)
 int main(int argc, char** argv)
 {
     const QStringList arguments = argumentList(argc, argv);
+
+    // Before anything else exists: an icon export never opens a window or a MIDI client.
+    if (orvan::IconRenderer::handleLaunchArguments(arguments))
+        return 0;
 
     switch (orvan::launchAction(arguments)) {
     case orvan::LaunchAction::printHelp:
