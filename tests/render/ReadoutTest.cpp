@@ -1,0 +1,124 @@
+#include "GainDisplay.h"
+#include "SevenSegment.h"
+
+#include <QPainter>
+#include <gtest/gtest.h>
+
+using namespace orvan::render;
+
+TEST(Hex, ASquareTakesTheLyingForm)
+{
+    const QPolygonF outline = Hex::path(QRectF(0, 0, 10, 10)).toFillPolygon();
+    EXPECT_EQ(outline.first(), QPointF(0, 5)) << "pointed left";
+    EXPECT_TRUE(outline.contains(QPointF(10, 5))) << "and right";
+    EXPECT_FALSE(outline.contains(QPointF(5, 0)) && outline.contains(QPointF(10, 0))) << "not a rectangle";
+}
+
+TEST(Hex, ATallBarIsPointedTopAndBottom)
+{
+    const QPainterPath p = Hex::path(QRectF(0, 0, 4, 20));
+    EXPECT_EQ(QPointF(p.elementAt(0)), QPointF(2, 0));
+    EXPECT_EQ(QPointF(p.elementAt(3)), QPointF(2, 20));
+}
+
+TEST(SevenSegmentDigit, TheReadoutsDigitGeometry)
+{
+    const SevenSegmentDigit d{{}, true, true, 19, 33};
+    const QRectF a = d.segmentFrame('a');
+    EXPECT_NEAR(a.height(), 4.56, 1e-9);      // bar thickness t
+    EXPECT_NEAR(a.width(), 13.984, 1e-9);     // lying length L
+    EXPECT_NEAR(d.segmentFrame('f').height(), 13.992, 1e-9); // upright length V
+    EXPECT_NEAR(a.center().x(), 9.5, 1e-9);
+    EXPECT_NEAR(a.center().y(), 2.28, 1e-9);
+    EXPECT_NEAR(d.segmentFrame('c').center().x(), 16.72, 1e-9);
+    EXPECT_NEAR(d.segmentFrame('c').center().y(), 23.724, 1e-9);
+    EXPECT_NEAR(d.slant().map(QPointF(0, 0)).x(), 1.98, 1e-9);
+    EXPECT_NEAR(d.slant().map(QPointF(0, 33)).x(), -1.98, 1e-9);
+}
+
+TEST(DigitSegments, EveryDigitLightsItsSegments)
+{
+    const std::pair<int, const char*> rows[] = {{0, "abcdef"}, {1, "bc"}, {4, "bcfg"}, {7, "abc"}, {8, "abcdefg"}};
+    for (auto [digit, letters] : rows) {
+        QSet<QChar> expected;
+        for (const char* c = letters; *c; ++c)
+            expected.insert(QLatin1Char(*c));
+        EXPECT_EQ(SevenSegmentDigit::forDigit(digit), expected) << digit;
+    }
+}
+
+namespace {
+
+constexpr double kScale = 6;
+
+QImage renderReadout(std::optional<qint64> dB)
+{
+    QImage image(QSize(100, 80) * kScale, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::black);
+    QPainter p(&image);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.scale(kScale, kScale);
+    paintGainDisplay(p, QPointF(50, 40), GainDisplay{dB, false, true, Qt::white});
+    return image;
+}
+
+/// Which segments of digit `index` (0 tens, 1 ones) are lit, probed at each segment's middle.
+QString litSegments(const QImage& image, int index)
+{
+    const QSizeF digit = GainDisplay::kDigit;
+    const double rowWidth = 2 * digit.width() + GainDisplay::kDigitSpacing;
+    const QPointF topLeft(50 - rowWidth / 2 + index * (digit.width() + GainDisplay::kDigitSpacing), 40 - digit.height() / 2);
+    const SevenSegmentDigit geometry{{}, true, true, digit.width(), digit.height()};
+    QString lit;
+    for (char s : QByteArrayLiteral("abcdefg")) {
+        const QPointF centre = geometry.slant().map(geometry.segmentFrame(s).center()) + topLeft;
+        const QRgb pixel = image.pixel((centre * kScale).toPoint());
+        // Lit bars are pale blue (red well above 130); unlit ones and the glow stay far below.
+        if (qRed(pixel) > 130)
+            lit += QLatin1Char(s);
+    }
+    return lit;
+}
+
+} // namespace
+
+TEST(GainDisplay, ShowsTwoDigitsOfTheValueAndADashWhenUnknown)
+{
+    struct Row {
+        std::optional<qint64> dB;
+        const char* tens;
+        const char* ones;
+    };
+    const Row rows[] = {
+        {std::nullopt, "g", "g"},
+        {7, "abcdef", "abc"},      // 07
+        {100, "abcdef", "abcdef"}, // 00
+        {123, "abdeg", "abcdg"},   // 23
+        {18, "bc", "abcdefg"},
+    };
+    for (const Row& row : rows) {
+        const QImage image = renderReadout(row.dB);
+        EXPECT_EQ(litSegments(image, 0), row.tens) << (row.dB ? *row.dB : -1);
+        EXPECT_EQ(litSegments(image, 1), row.ones) << (row.dB ? *row.dB : -1);
+    }
+}
+
+TEST(GainDisplay, SelectionBrightensTheGlowButNotTheDigits)
+{
+    QImage plain(QSize(100, 80) * int(kScale), QImage::Format_ARGB32_Premultiplied), selected = plain;
+    for (auto [image, isSelected] : {std::pair{&plain, false}, std::pair{&selected, true}}) {
+        image->fill(Qt::black);
+        QPainter p(image);
+        p.setRenderHint(QPainter::Antialiasing);
+        p.scale(kScale, kScale);
+        paintGainDisplay(p, QPointF(50, 40), GainDisplay{24, isSelected, true, Qt::white});
+    }
+    const QPoint aboveTheGlass = (QPointF(50, 40 - 24 - 3) * kScale).toPoint();
+    EXPECT_GT(qBlue(selected.pixel(aboveTheGlass)), qBlue(plain.pixel(aboveTheGlass)));
+
+    const SevenSegmentDigit geometry{{}, true, true, 19, 33};
+    const QPointF tensTop = geometry.slant().map(geometry.segmentFrame('a').center()) + QPointF(50 - 22, 40 - 16.5);
+    const QPoint digitPixel = (tensTop * kScale).toPoint();
+    EXPECT_EQ(plain.pixel(digitPixel), selected.pixel(digitPixel));
+    EXPECT_EQ(litSegments(plain, 0), litSegments(selected, 0));
+}
