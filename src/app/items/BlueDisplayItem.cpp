@@ -62,8 +62,8 @@ void BlueDisplayItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, 
     blue.setColorAt(1, kPaneBottom);
     painter->fillPath(panePath, blue);
 
-    const LetteringStyle text{.size = m_look.fontSize, .weight = QFont::Medium,
-                              .color = QColor::fromRgbF(kTextGrey, kTextGrey, kTextGrey), .monospaced = true};
+    const LetteringStyle text =
+        LetteringStyle::of(m_look.fontSize, QFont::Medium, 0, QColor::fromRgbF(kTextGrey, kTextGrey, kTextGrey)).inMonospace();
     const double lineHeight = m_look.fontSize * 1.25;
     const double top = -lineHeight * m_lines.size() / 2;
     for (int i = 0; i < m_lines.size(); ++i) {

@@ -24,6 +24,36 @@ struct LetteringStyle {
     std::optional<QColor> shadowColor; ///< a crisp (unblurred) shadow
     std::optional<QLinearGradient> gradient; ///< fills the letters instead of `color` (in design points)
     QPointF shadowOffset;
+
+    static LetteringStyle of(double size, QFont::Weight weight, double tracking, QColor color)
+    {
+        LetteringStyle style;
+        style.size = size;
+        style.weight = weight;
+        style.tracking = tracking;
+        style.color = color;
+        return style;
+    }
+    LetteringStyle withShadow(QColor shadow, QPointF offset) const
+    {
+        LetteringStyle style = *this;
+        style.shadowColor = shadow;
+        style.shadowOffset = offset;
+        return style;
+    }
+    LetteringStyle withFamily(QString face, bool isItalic) const
+    {
+        LetteringStyle style = *this;
+        style.family = std::move(face);
+        style.italic = isItalic;
+        return style;
+    }
+    LetteringStyle inMonospace() const
+    {
+        LetteringStyle style = *this;
+        style.monospaced = true;
+        return style;
+    }
 };
 
 /// Draws `text` in a box, aligned as asked, e.g. Qt::AlignCenter on a centre point's box.

@@ -59,8 +59,7 @@ const std::array<Row, 5>& rows()
 /// Dark lettering on the light plate, with a crisp white highlight below it.
 LetteringStyle engravedDark(double size, QFont::Weight weight, double tracking)
 {
-    return {.size = size, .weight = weight, .tracking = tracking, .color = kDarkInk,
-            .shadowColor = QColor::fromRgbF(1, 1, 1, 0.55f), .shadowOffset = {-0.6, 0.8}};
+    return LetteringStyle::of(size, weight, tracking, kDarkInk).withShadow(QColor::fromRgbF(1, 1, 1, 0.55f), {-0.6, 0.8});
 }
 
 const PlatePainting::PlateLook& plateLook()
@@ -173,9 +172,9 @@ void MelkoPanelItem::paintPlate(QPainter& painter) const
     }
     drawLetteringCentred(painter, QPointF(96, m_buttonY[0] + 8), QStringLiteral("78Hz"), engravedDark(7, QFont::Bold, 0.2));
 
-    LetteringStyle script{.size = 28, .weight = QFont::Bold, .color = kDarkInk, .italic = true,
-                          .family = render::scriptFontFamily(),
-                          .shadowColor = QColor::fromRgbF(1, 1, 1, 0.5f), .shadowOffset = {-0.7, 0.9}};
+    const LetteringStyle script = LetteringStyle::of(28, QFont::Bold, 0, kDarkInk)
+                                      .withFamily(render::scriptFontFamily(), true)
+                                      .withShadow(QColor::fromRgbF(1, 1, 1, 0.5f), {-0.7, 0.9});
     drawLetteringCentred(painter, kScriptName, QStringLiteral("Melko"), script);
 
     painter.save();
@@ -191,7 +190,7 @@ void MelkoPanelItem::paintPlate(QPainter& painter) const
     painter.restore();
 
     drawLetteringCentred(painter, kListenOnly, QStringLiteral("LISTEN ONLY"),
-                         {.size = 5.5, .weight = QFont::Bold, .tracking = 0.6, .color = kListenOnlyRed});
+                         LetteringStyle::of(5.5, QFont::Bold, 0.6, kListenOnlyRed));
 }
 
 } // namespace orvan

@@ -65,18 +65,20 @@ void PanelItem::startFollowing()
 
 void PanelItem::refreshAll()
 {
-    bool anyChange = false;
+    QRectF area;
     const bool connected = midi().isConnected();
     if (connected != m_wasConnected) {
         m_wasConnected = connected;
         setOpacity(connected ? 1.0 : kDisconnectedOpacity);
         connectionChanged(connected);
-        anyChange = true;
+        area = boundingRect();
     }
-    for (Refreshable* follower : m_followers)
-        anyChange = follower->refresh() || anyChange;
-    if (anyChange)
-        emit changed();
+    for (const Follower& follower : m_followers) {
+        if (follower.refreshable->refresh())
+            area |= follower.item->mapRectToItem(this, follower.item->boundingRect());
+    }
+    if (!area.isEmpty())
+        emit changed(area);
 }
 
 } // namespace orvan

@@ -33,13 +33,14 @@ public:
     template <typename Item>
     Item* follow(Item* item)
     {
-        m_followers.push_back(item);
+        m_followers.push_back({item, item});
         return item;
     }
 
 signals:
-    /// Something the panel shows has changed (a reflection of it must be redrawn).
-    void changed();
+    /// Something the panel shows has changed inside `area` (plate coordinates), so a reflection of
+    /// it must redraw that part.
+    void changed(const QRectF& area);
 
 protected:
     /// Paints everything that never changes, in plate coordinates.
@@ -57,7 +58,11 @@ private:
     RCUModel& m_model;
     QSizeF m_plateSize;
     PlateLayer* m_plate;
-    std::vector<Refreshable*> m_followers;
+    struct Follower {
+        Refreshable* refreshable;
+        QGraphicsItem* item;
+    };
+    std::vector<Follower> m_followers;
     bool m_wasConnected = false;
 };
 

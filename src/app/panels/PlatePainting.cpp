@@ -71,15 +71,15 @@ void paintRackSlot(QPainter& painter, QPointF centre, QSizeF size, double rimWid
 LetteringStyle engraved(double size, QFont::Weight weight, double tracking)
 {
     // Cut into the metal: light letters with a crisp dark shadow up and to the left.
-    return {.size = size, .weight = weight, .tracking = tracking, .color = render::Theme::engraving(),
-            .shadowColor = QColor::fromRgbF(0, 0, 0, 0.9f), .shadowOffset = {-0.6, 0.8}};
+    return LetteringStyle::of(size, weight, tracking, render::Theme::engraving())
+        .withShadow(QColor::fromRgbF(0, 0, 0, 0.9f), {-0.6, 0.8});
 }
 
 void paintScriptName(QPainter& painter, QPointF centre, const QString& name, double size)
 {
-    LetteringStyle style{.size = size, .weight = QFont::Normal, .color = Qt::white, .italic = true,
-                         .family = render::scriptFontFamily(), .shadowColor = Qt::black,
-                         .shadowOffset = {-1, 1.2}};
+    LetteringStyle style = LetteringStyle::of(size, QFont::Normal, 0, Qt::white)
+                               .withFamily(render::scriptFontFamily(), true)
+                               .withShadow(Qt::black, {-1, 1.2});
     // The shadow is applied twice on the unit's badge: draw it once more, darker under the letters.
     LetteringStyle shadowOnly = style;
     shadowOnly.color = Qt::transparent;

@@ -30,12 +30,16 @@ public:
     QRectF boundingRect() const override;
     void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget*) override;
 
-    /// How many times the image was rebuilt (a panel change rebuilds it once, at the next paint).
+    /// How many times the image was (partly) rebuilt: a visible panel change rebuilds once, at the
+    /// next paint; a change outside the mirrored strip rebuilds nothing.
     int renderCount() const { return m_renderCount; }
+    /// Where a change of the panel (plate coordinates) shows in the reflection; empty if it does not.
+    QRectF mirroredArea(const QRectF& panelArea) const;
     PanelItem* copy() const { return m_copy; }
 
 private:
-    void invalidate();
+    void invalidate(const QRectF& panelArea);
+    /// Renders the dirty part of the reflection (all of it when the scale changed) into the image.
     void rebuild(double deviceScale);
 
     std::unique_ptr<QGraphicsScene> m_scene;
@@ -43,7 +47,7 @@ private:
     QSizeF m_plateSize;
     QImage m_image;
     double m_imageScale = 0;
-    bool m_dirty = true;
+    QRectF m_dirty; ///< in reflection coordinates
     int m_renderCount = 0;
 };
 

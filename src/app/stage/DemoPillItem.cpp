@@ -27,14 +27,12 @@ const QString kExplanation = QStringLiteral("Demo mode: sample settings, nothing
 
 LetteringStyle labelStyle()
 {
-    return {.size = 11, .weight = QFont::Bold, .tracking = 1.2, .color = Qt::white,
-            .shadowColor = QColor(0, 0, 0, 128), .shadowOffset = {-0.6, 0.8}};
+    return LetteringStyle::of(11, QFont::Bold, 1.2, Qt::white).withShadow(QColor(0, 0, 0, 128), {-0.6, 0.8});
 }
 
 LetteringStyle explanationStyle()
 {
-    return {.size = 9.5, .weight = QFont::Medium, .tracking = 0.6, .color = kExplanationColor,
-            .shadowColor = Qt::black, .shadowOffset = {-0.6, 0.8}};
+    return LetteringStyle::of(9.5, QFont::Medium, 0.6, kExplanationColor).withShadow(Qt::black, {-0.6, 0.8});
 }
 
 QRectF pillRect()

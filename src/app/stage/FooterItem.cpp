@@ -18,8 +18,8 @@ FooterItem::FooterItem(QString text, Qt::Alignment side)
 
 LetteringStyle FooterItem::style()
 {
-    return {.size = 9, .weight = QFont::Medium, .tracking = 0.8, .color = QColor::fromRgbF(0.75f, 0.75f, 0.75f, 0.7f),
-            .shadowColor = Qt::black, .shadowOffset = {-0.6, 0.8}};
+    return LetteringStyle::of(9, QFont::Medium, 0.8, QColor::fromRgbF(0.75f, 0.75f, 0.75f, 0.7f))
+        .withShadow(Qt::black, {-0.6, 0.8});
 }
 
 // The item's origin is the line's anchor: its bottom-left corner, or bottom-right for the right side.
