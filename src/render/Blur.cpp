@@ -1,6 +1,7 @@
 #include "Blur.h"
 
 #include <QPainter>
+#include <QHash>
 #include <QPainterPath>
 #include <algorithm>
 #include <cmath>
@@ -63,6 +64,45 @@ QImage blurred(const QImage& image, double radius)
     return out;
 }
 
+QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius, double scale)
+{
+    // The blurred image of a shape depends only on the shape's outline (not where it stands), its
+    // colour, the radius and the device scale: the panels' many identical lamps, buttons and
+    // screws share one.
+    const QRectF shapeBounds = shape.boundingRect();
+    QString key = QStringLiteral("%1|%2|%3|").arg(color.rgba()).arg(radius).arg(scale);
+    for (int i = 0; i < shape.elementCount(); ++i) {
+        const QPainterPath::Element e = shape.elementAt(i);
+        key += QStringLiteral("%1,%2,%3;").arg(int(e.type)).arg(e.x - shapeBounds.x(), 0, 'f', 3).arg(e.y - shapeBounds.y(), 0, 'f', 3);
+    }
+    static QHash<QString, QImage> cache;
+    if (auto it = cache.constFind(key); it != cache.constEnd())
+        return *it;
+    if (cache.size() > 512)
+        cache.clear();
+
+    // A wide blur loses nothing when computed on a coarser grid and scaled back up: keep the
+    // radius near 4 pixels of the layer, which makes large glows cheap.
+    constexpr double kLayerRadius = 4;
+    const double layerScale = std::min(scale, kLayerRadius / radius);
+    const double margin = radius * 3;
+    const QRectF bounds(-margin, -margin, shapeBounds.width() + 2 * margin, shapeBounds.height() + 2 * margin);
+    const QSize pixels(std::max(1, int(std::ceil(bounds.width() * layerScale))),
+                       std::max(1, int(std::ceil(bounds.height() * layerScale))));
+    QImage layer(pixels, QImage::Format_ARGB32_Premultiplied);
+    layer.fill(Qt::transparent);
+    {
+        QPainter p(&layer);
+        p.setRenderHint(QPainter::Antialiasing);
+        p.scale(layerScale, layerScale);
+        p.translate(-bounds.topLeft() - shapeBounds.topLeft());
+        p.fillPath(shape, color);
+    }
+    const QImage soft = blurred(layer, radius * layerScale);
+    cache.insert(key, soft);
+    return soft;
+}
+
 void paintShadow(QPainter& painter, const QPainterPath& shape, const QColor& color, double radius, QPointF offset)
 {
     if (color.alpha() == 0)
@@ -71,21 +111,15 @@ void paintShadow(QPainter& painter, const QPainterPath& shape, const QColor& col
         painter.fillPath(shape.translated(offset), color);
         return;
     }
-    const double scale = deviceScale(painter);
+    const QImage soft = shadowImage(shape, color, radius, deviceScale(painter));
     const double margin = radius * 3;
-    const QRectF bounds = shape.boundingRect().adjusted(-margin, -margin, margin, margin);
-    const QSize pixels(std::max(1, int(std::ceil(bounds.width() * scale))), std::max(1, int(std::ceil(bounds.height() * scale))));
-    QImage layer(pixels, QImage::Format_ARGB32_Premultiplied);
-    layer.fill(Qt::transparent);
-    {
-        QPainter p(&layer);
-        p.setRenderHint(QPainter::Antialiasing);
-        p.scale(scale, scale);
-        p.translate(-bounds.topLeft());
-        p.fillPath(shape, color);
-    }
-    const QImage soft = blurred(layer, radius * scale);
-    painter.drawImage(QRectF(bounds.topLeft() + offset, bounds.size()), soft);
+    const QRectF shapeBounds = shape.boundingRect();
+    const QRectF target(shapeBounds.topLeft() + offset - QPointF(margin, margin),
+                        shapeBounds.size() + QSizeF(2 * margin, 2 * margin));
+    painter.save();
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(target, soft);
+    painter.restore();
 }
 
 void paintHardShadow(QPainter& painter, const QPainterPath& shape, double depth, double opacity)

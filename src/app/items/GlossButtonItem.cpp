@@ -10,6 +10,7 @@ namespace orvan {
 GlossButtonItem::GlossButtonItem(QSizeF faceSize, std::function<void()> action, QGraphicsItem* parent)
     : PushItem(faceSize + QSizeF(kBezel, kBezel), std::move(action), parent)
 {
+    setCacheMode(DeviceCoordinateCache); // repainted only when its look changes
 }
 
 void GlossButtonItem::setLit(std::function<bool()> isLit)

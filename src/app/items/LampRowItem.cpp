@@ -17,6 +17,7 @@ LampRowItem::LampRowItem(Look look, QString label, std::function<bool()> isOn, s
     , m_label(std::move(label))
     , m_isOn(std::move(isOn))
 {
+    setCacheMode(DeviceCoordinateCache); // repainted only when its look changes
     m_on = m_isOn && m_isOn();
 }
 

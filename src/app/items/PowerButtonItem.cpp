@@ -15,6 +15,7 @@ PowerButtonItem::PowerButtonItem(std::function<bool()> isConnected, QString conn
     , m_connectedTip(std::move(connectedTip))
     , m_missingTip(std::move(missingTip))
 {
+    setCacheMode(DeviceCoordinateCache); // repainted only when its look changes
     m_connected = !m_isConnected();
     refresh();
 }

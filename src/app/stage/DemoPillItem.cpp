@@ -48,6 +48,7 @@ DemoPillItem::DemoPillItem(QList<OrvanMIDI*> engines, DemoMode& demo, QGraphicsI
     , m_demo(demo)
 {
     setAcceptedMouseButtons(Qt::LeftButton);
+    setCacheMode(DeviceCoordinateCache);
     for (OrvanMIDI* engine : m_engines)
         connect(engine, &OrvanMIDI::hardwarePresentChanged, this, &DemoPillItem::refresh);
     connect(&m_demo, &DemoMode::activeChanged, this, &DemoPillItem::refresh);
