@@ -1,0 +1,74 @@
+// The cost of painting each control and a 1440 x 260 plate's texture, cold (nothing cached) and
+// cached, at 1x and 2x.
+#include "BrushedTexture.h"
+#include "Controls.h"
+#include "GainDisplay.h"
+#include "HardLight.h"
+#include "Theme.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+#include <benchmark/benchmark.h>
+
+using namespace orvan::render;
+
+namespace {
+
+QImage target(QSize size, double dpr)
+{
+    QImage image(size * dpr, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(dpr);
+    image.fill(Qt::black);
+    return image;
+}
+
+template <typename Paint>
+void paintLoop(benchmark::State& state, QSize size, Paint paint)
+{
+    QImage image = target(size, double(state.range(0)));
+    for (auto _ : state) {
+        QPainter p(&image);
+        p.setRenderHint(QPainter::Antialiasing);
+        paint(p);
+    }
+}
+
+void glossButton(benchmark::State& s) { paintLoop(s, {80, 50}, [](QPainter& p) { paintGlossButton(p, {17, 12, 46, 26}, true); }); }
+void led(benchmark::State& s) { paintLoop(s, {30, 30}, [](QPainter& p) { paintLED(p, {15, 15}, 10, true, Qt::red); }); }
+void knob(benchmark::State& s) { paintLoop(s, {90, 90}, [](QPainter& p) { paintKnob(p, {45, 45}, 0.5); }); }
+void screw(benchmark::State& s) { paintLoop(s, {30, 30}, [](QPainter& p) { paintScrew(p, {15, 15}, 16); }); }
+void readout(benchmark::State& s)
+{
+    paintLoop(s, {100, 80}, [](QPainter& p) { paintGainDisplay(p, {50, 40}, GainDisplay{42, true, true, Theme::engraving()}); });
+}
+
+// Cold: the texture drawn from its generator, as on the first frame at a new size.
+void plateTextureCold(benchmark::State& s)
+{
+    paintLoop(s, {1440, 260}, [](QPainter& p) { BrushedTexture{false}.draw(p, QSizeF(1440, 260)); });
+}
+// Cached: what every later repaint of the plate costs.
+void plateTextureCached(benchmark::State& s)
+{
+    paintLoop(s, {1440, 260}, [](QPainter& p) { paintBrushedTexture(p, QRectF(0, 0, 1440, 260), false); });
+}
+void plateHardLight(benchmark::State& s) { paintLoop(s, {1440, 260}, [](QPainter& p) { paintHardLight(p, {0, 0, 1440, 260}); }); }
+
+BENCHMARK(glossButton)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
+BENCHMARK(led)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
+BENCHMARK(knob)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
+BENCHMARK(screw)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
+BENCHMARK(readout)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
+BENCHMARK(plateTextureCold)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(plateTextureCached)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(plateHardLight)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QGuiApplication app(argc, argv); // fonts
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
