@@ -43,6 +43,41 @@ QImage boxPassTransposed(const QImage& src, int r)
     return dst;
 }
 
+// The same pass over one 8-bit channel: shadows blur their coverage only, a quarter of the work.
+QImage boxPassTransposedAlpha(const QImage& src, int r)
+{
+    const int w = src.width(), h = src.height();
+    QImage dst(h, w, QImage::Format_Alpha8);
+    const int window = 2 * r + 1;
+    std::vector<quint8> row(std::size_t(w + 2 * r));
+    for (int y = 0; y < h; ++y) {
+        const quint8* in = src.constScanLine(y);
+        std::fill(row.begin(), row.end(), quint8(0));
+        std::copy(in, in + w, row.begin() + r);
+        quint32 sum = 0;
+        for (int i = 0; i < window - 1; ++i)
+            sum += row[std::size_t(i)];
+        for (int x = 0; x < w; ++x) {
+            sum += row[std::size_t(x + window - 1)];
+            dst.scanLine(x)[y] = quint8((sum + quint32(window / 2)) / quint32(window));
+            sum -= row[std::size_t(x)];
+        }
+    }
+    return dst;
+}
+
+/// Half-width of each of the box passes that together approximate a Gaussian of `radius`:
+/// a box of half-width r has variance r(r + 1) / 3, and the passes' variances add up.
+int boxHalfWidth(double radius, int passes)
+{
+    return std::max(1, int(std::lround((std::sqrt(12.0 * radius * radius / passes + 1) - 1) / 2)));
+}
+
+int passesFor(double radius)
+{
+    return radius < 2 ? 1 : 3; // below two pixels one box is as good as three
+}
+
 double deviceScale(const QPainter& painter)
 {
     const QTransform t = painter.deviceTransform();
@@ -53,14 +88,16 @@ double deviceScale(const QPainter& painter)
 
 QImage blurred(const QImage& image, double radius)
 {
-    QImage out = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const bool alphaOnly = image.format() == QImage::Format_Alpha8;
+    QImage out = alphaOnly ? image : image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
     if (radius < 0.5 || out.isNull())
         return out;
-    // Three box passes approximate a Gaussian; a box of half-width r has sigma^2 = r(r+1)/3 and
-    // three of them add up, so pick r from the radius taken as sigma.
-    const int r = std::max(1, int(std::lround(std::sqrt(radius * radius + 1) - 0.5)));
-    for (int pass = 0; pass < 3; ++pass)
-        out = boxPassTransposed(boxPassTransposed(out, r), r);
+    const int passes = passesFor(radius);
+    const int r = boxHalfWidth(radius, passes);
+    for (int pass = 0; pass < passes; ++pass) {
+        out = alphaOnly ? boxPassTransposedAlpha(boxPassTransposedAlpha(out, r), r)
+                        : boxPassTransposed(boxPassTransposed(out, r), r);
+    }
     return out;
 }
 
@@ -89,16 +126,23 @@ QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius
     const QRectF bounds(-margin, -margin, shapeBounds.width() + 2 * margin, shapeBounds.height() + 2 * margin);
     const QSize pixels(std::max(1, int(std::ceil(bounds.width() * layerScale))),
                        std::max(1, int(std::ceil(bounds.height() * layerScale))));
-    QImage layer(pixels, QImage::Format_ARGB32_Premultiplied);
-    layer.fill(Qt::transparent);
+    // Blur the shape's coverage alone, then tint it: a shadow has one colour.
+    QImage coverage(pixels, QImage::Format_Alpha8);
+    coverage.fill(0);
     {
-        QPainter p(&layer);
+        QPainter p(&coverage);
         p.setRenderHint(QPainter::Antialiasing);
         p.scale(layerScale, layerScale);
         p.translate(-bounds.topLeft() - shapeBounds.topLeft());
-        p.fillPath(shape, color);
+        p.fillPath(shape, Qt::black);
     }
-    const QImage soft = blurred(layer, radius * layerScale);
+    QImage soft(pixels, QImage::Format_ARGB32_Premultiplied);
+    soft.fill(color);
+    {
+        QPainter p(&soft);
+        p.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+        p.drawImage(0, 0, blurred(coverage, radius * layerScale));
+    }
     cache.insert(key, soft);
     return soft;
 }

@@ -1,7 +1,7 @@
 #include "StageScene.h"
 
 #include "AppVersion.h"
-#include "BackdropItem.h"
+#include "Backdrop.h"
 #include "DemoMode.h"
 #include "DemoPillItem.h"
 #include "DragStripItem.h"
@@ -30,7 +30,6 @@ StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
     , m_melko(app.melkoModel())
 {
     setItemIndexMethod(QGraphicsScene::NoIndex); // few items, most of them updating: no BSP tree
-    addItem(new BackdropItem(kCanvas));
 
     auto* dunra = new DunraPanelItem(m_dunra);
     dunra->setPos(kDunraAt);
@@ -63,6 +62,11 @@ StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
     m_demoPill = new DemoPillItem({&m_orvan.midi(), &m_dunra.midi(), &m_melko.midi()}, DemoMode::shared());
     m_demoPill->setPos(kCanvas.width() / 2, kCanvas.height() - kFooterBottom - DemoPillItem::kPillSize.height() / 2);
     addItem(m_demoPill);
+}
+
+void StageScene::drawBackground(QPainter* painter, const QRectF&)
+{
+    paintBackdrop(*painter, sceneRect());
 }
 
 void StageScene::adjustFocused(int steps)

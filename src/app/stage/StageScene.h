@@ -19,6 +19,9 @@ public:
 
     DemoPillItem* demoPill() const { return m_demoPill; }
 
+protected:
+    void drawBackground(QPainter* painter, const QRectF& rect) override;
+
 private:
     RCUModel& m_orvan;
     RCUModel& m_dunra;

@@ -1,0 +1,12 @@
+#pragma once
+
+class QPainter;
+class QRectF;
+
+namespace orvan {
+
+/// The dark stage behind the panels: a top-to-bottom fade with a cool glow from the top-right
+/// corner. Opaque, so the window can keep it as a cached background.
+void paintBackdrop(QPainter& painter, const QRectF& canvas);
+
+} // namespace orvan
