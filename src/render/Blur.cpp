@@ -107,12 +107,19 @@ QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius
     // colour, the radius and the device scale: the panels' many identical lamps, buttons and
     // screws share one.
     const QRectF shapeBounds = shape.boundingRect();
-    QString key = QStringLiteral("%1|%2|%3|").arg(color.rgba()).arg(radius).arg(scale);
+    QByteArray key;
+    key.reserve(64 + shape.elementCount() * 24);
+    const auto append = [&key](auto value) { key.append(reinterpret_cast<const char*>(&value), sizeof value); };
+    append(color.rgba64());
+    append(radius);
+    append(scale);
     for (int i = 0; i < shape.elementCount(); ++i) {
         const QPainterPath::Element e = shape.elementAt(i);
-        key += QStringLiteral("%1,%2,%3;").arg(int(e.type)).arg(e.x - shapeBounds.x(), 0, 'f', 3).arg(e.y - shapeBounds.y(), 0, 'f', 3);
+        append(int(e.type));
+        append(e.x - shapeBounds.x());
+        append(e.y - shapeBounds.y());
     }
-    static QHash<QString, QImage> cache;
+    static QHash<QByteArray, QImage> cache;
     if (auto it = cache.constFind(key); it != cache.constEnd())
         return *it;
     if (cache.size() > 512)

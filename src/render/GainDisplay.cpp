@@ -65,7 +65,7 @@ void paintGainDisplay(QPainter& painter, QPointF centre, const GainDisplay& disp
     band.setColorAt(0.13, Qt::transparent);
     painter.save();
     painter.setCompositionMode(QPainter::CompositionMode_Plus);
-    painter.fillPath(digitShapes.intersected(glass), band);
+    painter.fillPath(digitShapes, band); // the digits lie inside the glass
     painter.restore();
 
     // Rim stroked inside the outline.
