@@ -54,19 +54,19 @@ bool UnitSimulator::start()
     if (!m_client)
         return false;
     m_detentFrames = jack_get_sample_rate(m_client) * m_detentMilliseconds / kMillisecondsPerSecond;
-    m_out = jack_port_register(m_client, "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
-    m_in = jack_port_register(m_client, "in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
-    if (!m_out || !m_in)
-        return false;
-    // The pretty name is what the app matches; it is set before activation, so the ports are
-    // never seen under their short names.
-    const QByteArray pretty = m_displayName.toUtf8();
-    for (jack_port_t* port : {m_out, m_in})
-        jack_set_property(m_client, jack_port_uuid(port), JACK_METADATA_PRETTY_NAME, pretty.constData(), kPrettyNameType);
     jack_set_process_callback(m_client, processCallback, this);
     jack_on_shutdown(m_client, shutdownCallback, this);
     if (jack_activate(m_client) != 0)
         return false;
+    // Ports come after activation, as with a MIDI bridge whose devices come and go: whoever sees
+    // them can connect to them at once.
+    m_out.store(jack_port_register(m_client, "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0));
+    m_in.store(jack_port_register(m_client, "in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0));
+    if (!m_out || !m_in)
+        return false;
+    const QByteArray pretty = m_displayName.toUtf8();
+    for (jack_port_t* port : {m_out.load(), m_in.load()})
+        jack_set_property(m_client, jack_port_uuid(port), JACK_METADATA_PRETTY_NAME, pretty.constData(), kPrettyNameType);
     m_stdout << "ready " << jack_get_client_name(m_client) << Qt::endl;
     return true;
 }
@@ -74,13 +74,17 @@ bool UnitSimulator::start()
 // JACK's real-time thread: no allocation, no lock, no output; the log goes through a ring buffer.
 int UnitSimulator::process(quint32 frames)
 {
-    void* inBuffer = jack_port_get_buffer(m_in, frames);
-    void* outBuffer = jack_port_get_buffer(m_out, frames);
+    jack_port_t* in = m_in.load(std::memory_order_acquire);
+    jack_port_t* out = m_out.load(std::memory_order_acquire);
+    if (!in || !out)
+        return 0;
+    void* inBuffer = jack_port_get_buffer(in, frames);
+    void* outBuffer = jack_port_get_buffer(out, frames);
     jack_midi_clear_buffer(outBuffer);
     const jack_nframes_t cycleStart = jack_last_frame_time(m_client);
 
     // Scripted reports go first, at the cycle's first frame, so echoes stay in time order after.
-    if (m_scriptIndex < m_script.size() && jack_port_connected(m_out) > 0) {
+    if (m_scriptIndex < m_script.size() && jack_port_connected(out) > 0) {
         if (m_nextReportFrame == 0)
             m_nextReportFrame = cycleStart + m_detentFrames;
         if (qint32(cycleStart - m_nextReportFrame) >= 0) {

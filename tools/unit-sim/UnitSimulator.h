@@ -51,8 +51,8 @@ private:
     quint32 m_detentFrames = 0;
 
     jack_client_t* m_client = nullptr;
-    jack_port_t* m_in = nullptr;
-    jack_port_t* m_out = nullptr;
+    std::atomic<jack_port_t*> m_in{nullptr};
+    std::atomic<jack_port_t*> m_out{nullptr};
     jack_ringbuffer_t* m_log = nullptr;
     std::size_t m_scriptIndex = 0;
     quint32 m_nextReportFrame = 0;

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <set>
 
 namespace orvan {
 
@@ -22,6 +24,8 @@ constexpr std::size_t kIncomingWords = std::size_t(1) << 16;
 // Outgoing: far more than a whole unit's state, sent in one go.
 constexpr std::size_t kOutgoingWords = std::size_t(1) << 12;
 constexpr jack_nframes_t kFirstFrame = 0;
+// Cycles after which a connection just made is surely in the graph the process callback runs in.
+constexpr jack_nframes_t kConnectionCycles = 2;
 
 void silent(const char*) {}
 
@@ -49,10 +53,17 @@ struct JackMidiSystem::Client {
     jack_ringbuffer_t* outgoing = nullptr;
     std::atomic<bool> setupChanged{false};
     std::atomic<bool> serverGone{false};
+    std::atomic<bool> graphChanged{false};
+    // Set when "Out" was just wired to a unit: a new connection takes effect only from a later
+    // cycle, so the words wait in order until then instead of going nowhere.
+    std::atomic<bool> holding{false};
+    std::atomic<jack_nframes_t> holdUntil{0};
     std::atomic<quint64> dropped{0};
     std::unique_ptr<MainThreadSignal> wake;
 
     QString outConnectedTo;     // the destination our "Out" is wired to
+    // Sources whose client was not yet active when we attached; retried when the graph changes.
+    std::set<QString> pendingAttach;
     std::vector<quint32> words; // reused between wakes
 };
 
@@ -91,6 +102,12 @@ int onProcess(jack_nframes_t frames, void* arg)
     if (jack_port_t* out = c->out.load(std::memory_order_acquire)) {
         void* buffer = jack_port_get_buffer(out, frames);
         jack_midi_clear_buffer(buffer);
+        if (c->holding.load(std::memory_order_acquire)) {
+            const auto ahead = qint32(c->holdUntil.load(std::memory_order_relaxed) - jack_last_frame_time(c->handle));
+            if (ahead > 0)
+                return 0;
+            c->holding.store(false, std::memory_order_relaxed);
+        }
         while (jack_ringbuffer_read_space(c->outgoing) >= kWordSize) {
             quint32 word = 0;
             jack_ringbuffer_peek(c->outgoing, reinterpret_cast<char*>(&word), kWordSize);
@@ -132,6 +149,15 @@ void onPortRename(jack_port_id_t, const char*, const char*, void* arg)
 void onPropertyChange(jack_uuid_t, const char*, jack_property_change_t, void* arg)
 {
     setupChanged(static_cast<Client*>(arg));
+}
+
+// A client's activation reorders the graph; only then can a port it registered before be connected.
+int onGraphOrder(void* arg)
+{
+    auto* c = static_cast<Client*>(arg);
+    c->graphChanged.store(true, std::memory_order_release);
+    c->wake->raise();
+    return 0;
 }
 
 void onShutdown(void* arg)
@@ -203,6 +229,7 @@ void JackMidiSystem::open(Client& c)
     jack_set_client_registration_callback(c.handle, onClientRegistration, &c);
     jack_set_port_rename_callback(c.handle, onPortRename, &c);
     jack_set_property_change_callback(c.handle, onPropertyChange, &c);
+    jack_set_graph_order_callback(c.handle, onGraphOrder, &c);
     jack_on_shutdown(c.handle, onShutdown, &c);
     openPorts(c);
     if (jack_activate(c.handle) != 0)
@@ -229,6 +256,7 @@ void JackMidiSystem::close(Client& c)
         jack_client_close(c.handle);
     c.handle = nullptr;
     c.outConnectedTo.clear();
+    c.pendingAttach.clear();
 }
 
 MidiClientRef JackMidiSystem::createClient(const QString& name, NotifyCallback notify)
@@ -301,6 +329,9 @@ void JackMidiSystem::onWake(Client& c)
         changed = true;
     }
 
+    if (c.graphChanged.exchange(false, std::memory_order_acq_rel))
+        retryAttach(c);
+
     c.words.clear();
     while (jack_ringbuffer_read_space(c.incoming) >= kWordSize) {
         quint32 word = 0;
@@ -311,6 +342,21 @@ void JackMidiSystem::onWake(Client& c)
         c.receive(c.words);
     if (changed && c.notify)
         c.notify(kMidiSetupChanged);
+}
+
+bool JackMidiSystem::attach(Client& c, const QString& source)
+{
+    const int result = jack_connect(c.handle, source.toUtf8().constData(), jack_port_name(c.in));
+    return result == 0 || result == EEXIST;
+}
+
+void JackMidiSystem::retryAttach(Client& c)
+{
+    if (!c.handle || !c.in)
+        return;
+    std::erase_if(c.pendingAttach, [&](const QString& source) {
+        return !jack_port_by_name(c.handle, source.toUtf8().constData()) || attach(c, source);
+    });
 }
 
 // --- Enumeration ------------------------------------------------------------------------------
@@ -404,7 +450,12 @@ void JackMidiSystem::connectSource(MidiPortRef inPort, MidiEndpointRef source)
     const QString name = nameOf(source);
     if (!c || !c->in || name.isEmpty())
         return;
-    jack_connect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
+    // A client that registered its ports before activating refuses connections until it is
+    // active; the attach is then retried on the next graph change.
+    if (attach(*c, name))
+        c->pendingAttach.erase(name);
+    else
+        c->pendingAttach.insert(name);
 }
 
 void JackMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source)
@@ -413,6 +464,7 @@ void JackMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source
     const QString name = nameOf(source);
     if (!c || !c->in || name.isEmpty())
         return;
+    c->pendingAttach.erase(name);
     jack_disconnect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
 }
 
@@ -430,8 +482,14 @@ void JackMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quin
         const char* ours = jack_port_name(c->out);
         if (!c->outConnectedTo.isEmpty())
             jack_disconnect(c->handle, ours, c->outConnectedTo.toUtf8().constData());
-        jack_connect(c->handle, ours, target.constData());
-        c->outConnectedTo = name;
+        c->outConnectedTo.clear();
+        const int result = jack_connect(c->handle, ours, target.constData());
+        if (result == 0 || result == EEXIST) {
+            c->outConnectedTo = name; // else tried again with the next message
+            c->holdUntil.store(jack_frame_time(c->handle) + kConnectionCycles * jack_get_buffer_size(c->handle),
+                               std::memory_order_relaxed);
+            c->holding.store(true, std::memory_order_release);
+        }
     }
     if (jack_ringbuffer_write_space(c->outgoing) >= kWordSize)
         jack_ringbuffer_write(c->outgoing, reinterpret_cast<const char*>(&word), kWordSize);

@@ -57,6 +57,8 @@ private:
     void openPorts(Client& client);
     void close(Client& client);
     void onWake(Client& client);
+    bool attach(Client& client, const QString& source);
+    void retryAttach(Client& client);
     void snapshot(bool sources);
     Client* openClient() const;
     Client* clientOf(MidiPortRef port, bool isInput) const;
