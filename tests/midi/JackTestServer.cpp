@@ -9,10 +9,8 @@ namespace {
 
 constexpr int kEventWaitMilliseconds = 20;
 constexpr int kProcessEndMilliseconds = 5000;
-constexpr char kSampleRate[] = "48000";
-constexpr char kPeriodFrames[] = "256";
-// The dummy driver runs one cycle per wait: 256 frames at 48 kHz.
-constexpr char kCycleMicroseconds[] = "5333";
+constexpr int kSampleRate = 48000;
+constexpr qint64 kMicrosecondsPerSecond = 1000000;
 
 void silent(const char*) {}
 
@@ -29,8 +27,9 @@ bool waitUntil(const std::function<bool()>& condition, int timeoutMilliseconds)
     return true;
 }
 
-JackTestServer::JackTestServer(const QString& tag)
+JackTestServer::JackTestServer(const QString& tag, int periodFrames)
     : m_name(QStringLiteral("orvan-test-%1-%2").arg(QCoreApplication::applicationPid()).arg(tag))
+    , m_periodFrames(periodFrames)
 {
     jack_set_error_function(silent);
     jack_set_info_function(silent);
@@ -51,9 +50,12 @@ bool JackTestServer::start()
     select();
     m_jackd.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_jackd.setStandardOutputFile(QProcess::nullDevice());
-    m_jackd.start(QStringLiteral("jackd"), {QStringLiteral("-n"), m_name, QStringLiteral("-d"), QStringLiteral("dummy"),
-                                             QStringLiteral("-r"), kSampleRate, QStringLiteral("-p"), kPeriodFrames,
-                                             QStringLiteral("-w"), kCycleMicroseconds});
+    // The dummy driver waits this long between cycles: one period's worth of real time.
+    const qint64 cycleMicroseconds = m_periodFrames * kMicrosecondsPerSecond / kSampleRate;
+    m_jackd.start(QStringLiteral("jackd"),
+                  {QStringLiteral("-n"), m_name, QStringLiteral("-d"), QStringLiteral("dummy"), QStringLiteral("-r"),
+                   QString::number(kSampleRate), QStringLiteral("-p"), QString::number(m_periodFrames),
+                   QStringLiteral("-w"), QString::number(cycleMicroseconds)});
     if (!m_jackd.waitForStarted())
         return false;
     return waitUntil([this] {

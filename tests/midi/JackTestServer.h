@@ -18,7 +18,8 @@ bool waitUntil(const std::function<bool()>& condition, int timeoutMilliseconds =
 /// and its children.
 class JackTestServer {
 public:
-    explicit JackTestServer(const QString& tag);
+    /// `periodFrames`: frames per cycle at 48 kHz.
+    explicit JackTestServer(const QString& tag, int periodFrames = 256);
     ~JackTestServer();
 
     /// Only points JACK_DEFAULT_SERVER at this server's name.
@@ -34,6 +35,7 @@ public:
 
 private:
     QString m_name;
+    int m_periodFrames;
     QProcess m_jackd;
     jack_client_t* m_probe = nullptr;
 };
