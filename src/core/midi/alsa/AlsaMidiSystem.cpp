@@ -220,7 +220,9 @@ std::vector<AlsaPort> AlsaMidiSystem::listPorts() const
 
 void AlsaMidiSystem::snapshot(MidiDirection direction)
 {
-    openMissing();
+    // Sources are listed first in every rescan: one look there is enough.
+    if (direction == MidiDirection::source)
+        openMissing();
     auto& list = direction == MidiDirection::source ? m_sources : m_destinations;
     list.clear();
     for (const AlsaEndpoint& e : alsaEndpoints(listPorts(), direction)) {

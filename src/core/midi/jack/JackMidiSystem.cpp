@@ -379,7 +379,9 @@ QString JackMidiSystem::nameOf(MidiEndpointRef ref) const
 
 void JackMidiSystem::snapshot(bool sources)
 {
-    openMissing();
+    // Sources are listed first in every rescan: one attempt there is enough.
+    if (sources)
+        openMissing();
     auto& list = sources ? m_sources : m_destinations;
     list.clear();
     Client* c = openClient();
