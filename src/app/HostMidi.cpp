@@ -1,14 +1,13 @@
 #include "HostMidi.h"
 
-#include "midi/virtual/VirtualMidiSystem.h"
+#include "midi/LinuxMidiSystem.h"
 
 namespace orvan {
 
 std::unique_ptr<MidiSystem> createHostMidiSystem()
 {
-    // Until the ALSA and JACK systems are wired in, the app runs over an empty system: it finds no
-    // unit, sends nothing, and demo mode works.
-    return std::make_unique<VirtualMidiSystem>();
+    // ALSA sequencer endpoints first, then JACK's; a system that is absent adds nothing.
+    return createLinuxMidiSystem();
 }
 
 } // namespace orvan

@@ -1,0 +1,172 @@
+#include "CombinedMidiSystem.h"
+
+namespace orvan {
+
+CombinedMidiSystem::CombinedMidiSystem(std::vector<std::unique_ptr<MidiSystem>> systems)
+    : m_systems(std::move(systems))
+{
+}
+
+CombinedMidiSystem::~CombinedMidiSystem() = default;
+
+MidiClientRef CombinedMidiSystem::createClient(const QString& name, NotifyCallback notify)
+{
+    PerSystem handles;
+    bool any = false;
+    for (auto& system : m_systems) {
+        handles.push_back(system->createClient(name, notify));
+        any = any || handles.back() != 0;
+    }
+    if (!any)
+        return 0;
+    m_clients[m_nextHandle] = std::move(handles);
+    return m_nextHandle++;
+}
+
+MidiPortRef CombinedMidiSystem::createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive)
+{
+    const auto it = m_clients.find(client);
+    if (it == m_clients.end())
+        return 0;
+    PerSystem handles;
+    for (std::size_t i = 0; i < m_systems.size(); ++i)
+        handles.push_back(it->second[i] ? m_systems[i]->createInputPort(it->second[i], name, receive) : 0);
+    m_ports[m_nextHandle] = std::move(handles);
+    return m_nextHandle++;
+}
+
+MidiPortRef CombinedMidiSystem::createOutputPort(MidiClientRef client, const QString& name)
+{
+    const auto it = m_clients.find(client);
+    if (it == m_clients.end())
+        return 0;
+    PerSystem handles;
+    for (std::size_t i = 0; i < m_systems.size(); ++i)
+        handles.push_back(it->second[i] ? m_systems[i]->createOutputPort(it->second[i], name) : 0);
+    m_ports[m_nextHandle] = std::move(handles);
+    return m_nextHandle++;
+}
+
+// --- Enumeration ------------------------------------------------------------------------------
+
+MidiEndpointRef CombinedMidiSystem::outerRef(std::size_t system, MidiEndpointRef inner) const
+{
+    const Inner key{system, inner};
+    const auto it = m_outerByInner.find(key);
+    if (it != m_outerByInner.end())
+        return it->second;
+    m_innerByOuter.push_back(key);
+    const auto ref = MidiEndpointRef(m_innerByOuter.size());
+    m_outerByInner.emplace(key, ref);
+    return ref;
+}
+
+std::optional<CombinedMidiSystem::Inner> CombinedMidiSystem::inner(MidiEndpointRef outer) const
+{
+    if (outer == 0 || outer > m_innerByOuter.size())
+        return std::nullopt;
+    return m_innerByOuter[outer - 1];
+}
+
+void CombinedMidiSystem::snapshot(bool sources) const
+{
+    auto& list = sources ? m_sources : m_destinations;
+    list.clear();
+    for (std::size_t i = 0; i < m_systems.size(); ++i) {
+        const MidiSystem& system = *m_systems[i];
+        const int count = sources ? system.sourceCount() : system.destinationCount();
+        for (int k = 0; k < count; ++k) {
+            const MidiEndpointRef ref = sources ? system.source(k) : system.destination(k);
+            if (ref != 0)
+                list.push_back(outerRef(i, ref));
+        }
+    }
+}
+
+int CombinedMidiSystem::sourceCount() const
+{
+    snapshot(true);
+    return int(m_sources.size());
+}
+
+MidiEndpointRef CombinedMidiSystem::source(int index) const
+{
+    return index >= 0 && index < int(m_sources.size()) ? m_sources[std::size_t(index)] : 0;
+}
+
+int CombinedMidiSystem::destinationCount() const
+{
+    snapshot(false);
+    return int(m_destinations.size());
+}
+
+MidiEndpointRef CombinedMidiSystem::destination(int index) const
+{
+    return index >= 0 && index < int(m_destinations.size()) ? m_destinations[std::size_t(index)] : 0;
+}
+
+std::optional<QString> CombinedMidiSystem::displayName(MidiEndpointRef endpoint) const
+{
+    const auto e = inner(endpoint);
+    return e ? m_systems[e->first]->displayName(e->second) : std::nullopt;
+}
+
+// --- Connections and sending ------------------------------------------------------------------
+
+void CombinedMidiSystem::connectSource(MidiPortRef inPort, MidiEndpointRef source)
+{
+    const auto key = std::pair(inPort, source);
+    // Cancels a pending detach, so the link is never down. Attached again all the same: a unit
+    // unplugged and plugged back under the same ref lost its link with its port.
+    m_pendingDetach.erase(key);
+    m_attached.insert(key);
+    attach(inPort, source);
+}
+
+void CombinedMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source)
+{
+    const auto key = std::pair(inPort, source);
+    if (!m_attached.contains(key))
+        return;
+    m_pendingDetach.insert(key);
+    if (m_flushPosted)
+        return;
+    m_flushPosted = true;
+    QMetaObject::invokeMethod(&m_context, [this] { flushDetaches(); }, Qt::QueuedConnection);
+}
+
+void CombinedMidiSystem::flushDetaches()
+{
+    m_flushPosted = false;
+    for (const auto& [port, source] : m_pendingDetach) {
+        m_attached.erase({port, source});
+        detach(port, source);
+    }
+    m_pendingDetach.clear();
+}
+
+void CombinedMidiSystem::attach(MidiPortRef inPort, MidiEndpointRef source)
+{
+    const auto e = inner(source);
+    const auto port = m_ports.find(inPort);
+    if (e && port != m_ports.end() && port->second[e->first] != 0)
+        m_systems[e->first]->connectSource(port->second[e->first], e->second);
+}
+
+void CombinedMidiSystem::detach(MidiPortRef inPort, MidiEndpointRef source)
+{
+    const auto e = inner(source);
+    const auto port = m_ports.find(inPort);
+    if (e && port != m_ports.end() && port->second[e->first] != 0)
+        m_systems[e->first]->disconnectSource(port->second[e->first], e->second);
+}
+
+void CombinedMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word)
+{
+    const auto e = inner(destination);
+    const auto port = m_ports.find(outPort);
+    if (e && port != m_ports.end() && port->second[e->first] != 0)
+        m_systems[e->first]->send(port->second[e->first], e->second, word);
+}
+
+} // namespace orvan

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "MidiSystem.h"
+
+#include <memory>
+
+namespace orvan {
+
+/// The application's MIDI system: the ALSA sequencer's endpoints first, then JACK's. Either may be
+/// missing (no /dev/snd/seq, no JACK server) and is looked for again on every rescan.
+std::unique_ptr<MidiSystem> createLinuxMidiSystem();
+
+} // namespace orvan

@@ -1,0 +1,52 @@
+#include "AlsaEvents.h"
+
+#include "../MidiBytes.h"
+
+namespace orvan::AlsaEvents {
+
+namespace {
+
+constexpr int kMaxDataByte = 0x7F;
+constexpr quint8 kControlChange = 0xB0;
+constexpr quint8 kKindMask = 0xF0;
+constexpr quint8 kChannelMask = 0x0F;
+
+} // namespace
+
+std::optional<quint32> toUmpWord(const snd_seq_event_t& event)
+{
+    if (event.type != SND_SEQ_EVENT_CONTROLLER)
+        return std::nullopt;
+    const snd_seq_ev_ctrl_t& c = event.data.control;
+    if (c.param > unsigned(kMaxDataByte) || c.value < 0 || c.value > kMaxDataByte)
+        return std::nullopt;
+    return MidiBytes::controlChangeWord(c.channel, int(c.param), c.value);
+}
+
+bool isSetupChange(const snd_seq_event_t& event)
+{
+    switch (event.type) {
+    case SND_SEQ_EVENT_CLIENT_START:
+    case SND_SEQ_EVENT_CLIENT_EXIT:
+    case SND_SEQ_EVENT_CLIENT_CHANGE:
+    case SND_SEQ_EVENT_PORT_START:
+    case SND_SEQ_EVENT_PORT_EXIT:
+    case SND_SEQ_EVENT_PORT_CHANGE:
+        return true;
+    default:
+        return false;
+    }
+}
+
+std::optional<snd_seq_event_t> fromUmpWord(quint32 word)
+{
+    MidiBytes::Message bytes{};
+    if (MidiBytes::toBytes(word, bytes) != MidiBytes::kMaxMessageSize || (bytes[0] & kKindMask) != kControlChange)
+        return std::nullopt;
+    snd_seq_event_t event;
+    snd_seq_ev_clear(&event);
+    snd_seq_ev_set_controller(&event, bytes[0] & kChannelMask, bytes[1], bytes[2]);
+    return event;
+}
+
+} // namespace orvan::AlsaEvents

@@ -1,0 +1,500 @@
+#include "JackMidiSystem.h"
+
+#include "../MainThreadSignal.h"
+#include "../MidiBytes.h"
+#include "../alsa/AlsaPortListing.h"
+
+#include <jack/jack.h>
+#include <jack/metadata.h>
+#include <jack/midiport.h>
+#include <jack/ringbuffer.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <set>
+
+namespace orvan {
+
+namespace {
+
+constexpr std::size_t kWordSize = sizeof(quint32);
+// Incoming: a second of a 10,000 messages-per-second flood waits here if the main loop is busy.
+constexpr std::size_t kIncomingWords = std::size_t(1) << 16;
+// Outgoing: far more than a whole unit's state, sent in one go.
+constexpr std::size_t kOutgoingWords = std::size_t(1) << 12;
+constexpr jack_nframes_t kFirstFrame = 0;
+// Cycles after which a connection just made is surely in the graph the process callback runs in.
+constexpr jack_nframes_t kConnectionCycles = 2;
+
+void silent(const char*) {}
+
+QString ownClientPrefix()
+{
+    return QLatin1String(kOwnClientPrefix);
+}
+
+} // namespace
+
+struct JackMidiSystem::Client {
+    QString name;
+    NotifyCallback notify;
+    ReceiveCallback receive;
+    QString inName;
+    QString outName;
+    bool wantsIn = false;
+    bool wantsOut = false;
+
+    jack_client_t* handle = nullptr;
+    // Read by the process callback while the main thread may register a port.
+    std::atomic<jack_port_t*> in{nullptr};
+    std::atomic<jack_port_t*> out{nullptr};
+    jack_ringbuffer_t* incoming = nullptr;
+    jack_ringbuffer_t* outgoing = nullptr;
+    std::atomic<bool> setupChanged{false};
+    std::atomic<bool> serverGone{false};
+    std::atomic<bool> graphChanged{false};
+    // Set when "Out" was just wired to a unit: a new connection takes effect only from a later
+    // cycle, so the words wait in order until then instead of going nowhere.
+    std::atomic<bool> holding{false};
+    std::atomic<jack_nframes_t> holdUntil{0};
+    std::atomic<quint64> dropped{0};
+    std::unique_ptr<MainThreadSignal> wake;
+
+    QString outConnectedTo;     // the destination our "Out" is wired to
+    // Sources whose client was not yet active when we attached; retried when the graph changes.
+    std::set<QString> pendingAttach;
+    std::vector<quint32> words; // reused between wakes
+};
+
+namespace {
+
+using Client = JackMidiSystem::Client;
+
+// --- JACK's real-time thread: ring buffers and one eventfd write only. --------------------------
+
+int onProcess(jack_nframes_t frames, void* arg)
+{
+    auto* c = static_cast<Client*>(arg);
+
+    if (jack_port_t* in = c->in.load(std::memory_order_acquire)) {
+        void* buffer = jack_port_get_buffer(in, frames);
+        const jack_nframes_t count = jack_midi_get_event_count(buffer);
+        bool received = false;
+        for (jack_nframes_t i = 0; i < count; ++i) {
+            jack_midi_event_t event;
+            if (jack_midi_event_get(&event, buffer, i) != 0)
+                continue;
+            const auto word = MidiBytes::controlChangeWord(std::span<const quint8>(event.buffer, event.size));
+            if (!word)
+                continue;
+            if (jack_ringbuffer_write_space(c->incoming) < kWordSize) {
+                c->dropped.fetch_add(1, std::memory_order_relaxed);
+                continue;
+            }
+            jack_ringbuffer_write(c->incoming, reinterpret_cast<const char*>(&*word), kWordSize);
+            received = true;
+        }
+        if (received)
+            c->wake->raise();
+    }
+
+    if (jack_port_t* out = c->out.load(std::memory_order_acquire)) {
+        void* buffer = jack_port_get_buffer(out, frames);
+        jack_midi_clear_buffer(buffer);
+        if (c->holding.load(std::memory_order_acquire)) {
+            const auto ahead = qint32(c->holdUntil.load(std::memory_order_relaxed) - jack_last_frame_time(c->handle));
+            if (ahead > 0)
+                return 0;
+            c->holding.store(false, std::memory_order_relaxed);
+        }
+        while (jack_ringbuffer_read_space(c->outgoing) >= kWordSize) {
+            quint32 word = 0;
+            jack_ringbuffer_peek(c->outgoing, reinterpret_cast<char*>(&word), kWordSize);
+            MidiBytes::Message bytes{};
+            const std::size_t size = MidiBytes::toBytes(word, bytes);
+            // All at the cycle's first frame: equal times keep their order. A full port buffer
+            // leaves the rest for the next cycle.
+            if (size > 0 && jack_midi_event_write(buffer, kFirstFrame, bytes.data(), size) != 0)
+                break;
+            jack_ringbuffer_read_advance(c->outgoing, kWordSize);
+        }
+    }
+    return 0;
+}
+
+// --- JACK's notification thread: flag and wake only. --------------------------------------------
+
+void setupChanged(Client* c)
+{
+    c->setupChanged.store(true, std::memory_order_release);
+    c->wake->raise();
+}
+
+void onPortRegistration(jack_port_id_t, int, void* arg)
+{
+    setupChanged(static_cast<Client*>(arg));
+}
+
+void onClientRegistration(const char*, int, void* arg)
+{
+    setupChanged(static_cast<Client*>(arg));
+}
+
+void onPortRename(jack_port_id_t, const char*, const char*, void* arg)
+{
+    setupChanged(static_cast<Client*>(arg));
+}
+
+void onPropertyChange(jack_uuid_t, const char*, jack_property_change_t, void* arg)
+{
+    setupChanged(static_cast<Client*>(arg));
+}
+
+// A client's activation reorders the graph; only then can a port it registered before be connected.
+int onGraphOrder(void* arg)
+{
+    auto* c = static_cast<Client*>(arg);
+    c->graphChanged.store(true, std::memory_order_release);
+    c->wake->raise();
+    return 0;
+}
+
+void onShutdown(void* arg)
+{
+    auto* c = static_cast<Client*>(arg);
+    // jack_client_close must not be called from here; the main thread does it.
+    c->serverGone.store(true, std::memory_order_release);
+    c->wake->raise();
+}
+
+} // namespace
+
+JackMidiSystem::JackMidiSystem()
+{
+    // A missing server is the normal case here, not an error worth printing.
+    jack_set_error_function(silent);
+    jack_set_info_function(silent);
+}
+
+JackMidiSystem::~JackMidiSystem()
+{
+    for (auto& c : m_clients) {
+        if (c->handle)
+            jack_client_close(c->handle);
+        c->wake.reset();
+        jack_ringbuffer_free(c->incoming);
+        jack_ringbuffer_free(c->outgoing);
+    }
+}
+
+bool JackMidiSystem::isOpen() const
+{
+    return openClient() != nullptr;
+}
+
+quint64 JackMidiSystem::droppedReports() const
+{
+    quint64 total = 0;
+    for (const auto& c : m_clients)
+        total += c->dropped.load(std::memory_order_relaxed);
+    return total;
+}
+
+// --- Opening and closing (main thread) --------------------------------------------------------
+
+void JackMidiSystem::openMissing()
+{
+    for (auto& c : m_clients) {
+        if (!c->handle)
+            open(*c);
+        if (!c->handle)
+            return; // no server: one failed attempt is enough for this round
+    }
+}
+
+void JackMidiSystem::open(Client& c)
+{
+    jack_status_t status{};
+    c.handle = jack_client_open(c.name.toUtf8().constData(), JackNoStartServer, &status);
+    if (!c.handle)
+        return;
+    jack_ringbuffer_reset(c.incoming);
+    jack_ringbuffer_reset(c.outgoing);
+    c.serverGone = false;
+    c.outConnectedTo.clear();
+
+    jack_set_process_callback(c.handle, onProcess, &c);
+    jack_set_port_registration_callback(c.handle, onPortRegistration, &c);
+    jack_set_client_registration_callback(c.handle, onClientRegistration, &c);
+    jack_set_port_rename_callback(c.handle, onPortRename, &c);
+    jack_set_property_change_callback(c.handle, onPropertyChange, &c);
+    jack_set_graph_order_callback(c.handle, onGraphOrder, &c);
+    jack_on_shutdown(c.handle, onShutdown, &c);
+    openPorts(c);
+    if (jack_activate(c.handle) != 0)
+        close(c);
+}
+
+void JackMidiSystem::openPorts(Client& c)
+{
+    if (!c.handle)
+        return;
+    if (c.wantsIn && !c.in) {
+        c.in = jack_port_register(c.handle, c.inName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
+    }
+    if (c.wantsOut && !c.out) {
+        c.out = jack_port_register(c.handle, c.outName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
+    }
+}
+
+void JackMidiSystem::close(Client& c)
+{
+    c.in = nullptr;
+    c.out = nullptr;
+    if (c.handle)
+        jack_client_close(c.handle);
+    c.handle = nullptr;
+    c.outConnectedTo.clear();
+    c.pendingAttach.clear();
+}
+
+MidiClientRef JackMidiSystem::createClient(const QString& name, NotifyCallback notify)
+{
+    auto c = std::make_unique<Client>();
+    c->name = name;
+    c->notify = std::move(notify);
+    c->incoming = jack_ringbuffer_create(kIncomingWords * kWordSize);
+    c->outgoing = jack_ringbuffer_create(kOutgoingWords * kWordSize);
+    // Locked in memory so the real-time thread never waits on a page fault.
+    jack_ringbuffer_mlock(c->incoming);
+    jack_ringbuffer_mlock(c->outgoing);
+    Client* raw = c.get();
+    c->wake = std::make_unique<MainThreadSignal>([this, raw] { onWake(*raw); });
+    m_clients.push_back(std::move(c));
+
+    // Only one attempt per round when no server runs.
+    if (m_clients.size() == 1 || openClient())
+        open(*raw);
+    return MidiClientRef(m_clients.size());
+}
+
+MidiPortRef JackMidiSystem::createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive)
+{
+    if (client == 0 || client > m_clients.size())
+        return 0;
+    Client& c = *m_clients[client - 1];
+    c.wantsIn = true;
+    c.inName = name;
+    c.receive = std::move(receive);
+    openPorts(c);
+    m_ports[m_nextPort] = {client, true};
+    return m_nextPort++;
+}
+
+MidiPortRef JackMidiSystem::createOutputPort(MidiClientRef client, const QString& name)
+{
+    if (client == 0 || client > m_clients.size())
+        return 0;
+    Client& c = *m_clients[client - 1];
+    c.wantsOut = true;
+    c.outName = name;
+    openPorts(c);
+    m_ports[m_nextPort] = {client, false};
+    return m_nextPort++;
+}
+
+JackMidiSystem::Client* JackMidiSystem::openClient() const
+{
+    const auto it = std::ranges::find_if(m_clients, [](const auto& c) { return c->handle != nullptr; });
+    return it == m_clients.end() ? nullptr : it->get();
+}
+
+JackMidiSystem::Client* JackMidiSystem::clientOf(MidiPortRef port, bool isInput) const
+{
+    const auto it = m_ports.find(port);
+    if (it == m_ports.end() || it->second.isInput != isInput)
+        return nullptr;
+    Client* c = m_clients[it->second.client - 1].get();
+    return c->handle ? c : nullptr;
+}
+
+// --- Main thread, woken by the process or notification callbacks ------------------------------
+
+void JackMidiSystem::onWake(Client& c)
+{
+    bool changed = c.setupChanged.exchange(false, std::memory_order_acq_rel);
+    if (c.serverGone.exchange(false, std::memory_order_acq_rel)) {
+        close(c);
+        changed = true;
+    }
+
+    if (c.graphChanged.exchange(false, std::memory_order_acq_rel))
+        retryAttach(c);
+
+    c.words.clear();
+    while (jack_ringbuffer_read_space(c.incoming) >= kWordSize) {
+        quint32 word = 0;
+        jack_ringbuffer_read(c.incoming, reinterpret_cast<char*>(&word), kWordSize);
+        c.words.push_back(word);
+    }
+    if (!c.words.empty() && c.receive)
+        c.receive(c.words);
+    if (changed && c.notify)
+        c.notify(kMidiSetupChanged);
+}
+
+bool JackMidiSystem::attach(Client& c, const QString& source)
+{
+    const int result = jack_connect(c.handle, source.toUtf8().constData(), jack_port_name(c.in));
+    return result == 0 || result == EEXIST;
+}
+
+void JackMidiSystem::retryAttach(Client& c)
+{
+    if (!c.handle || !c.in)
+        return;
+    std::erase_if(c.pendingAttach, [&](const QString& source) {
+        return !jack_port_by_name(c.handle, source.toUtf8().constData()) || attach(c, source);
+    });
+}
+
+// --- Enumeration ------------------------------------------------------------------------------
+
+MidiEndpointRef JackMidiSystem::refFor(const QString& fullName)
+{
+    const auto it = m_refByName.find(fullName);
+    if (it != m_refByName.end())
+        return it->second;
+    m_nameByRef.push_back(fullName);
+    const auto ref = MidiEndpointRef(m_nameByRef.size());
+    m_refByName.emplace(fullName, ref);
+    return ref;
+}
+
+QString JackMidiSystem::nameOf(MidiEndpointRef ref) const
+{
+    return ref >= 1 && ref <= m_nameByRef.size() ? m_nameByRef[ref - 1] : QString();
+}
+
+void JackMidiSystem::snapshot(bool sources)
+{
+    // Sources are listed first in every rescan: one attempt there is enough.
+    if (sources)
+        openMissing();
+    auto& list = sources ? m_sources : m_destinations;
+    list.clear();
+    Client* c = openClient();
+    if (!c)
+        return;
+    // A unit's source sends to us: its port is an output; its destination is an input.
+    const char** names = jack_get_ports(c->handle, nullptr, JACK_DEFAULT_MIDI_TYPE,
+                                        sources ? JackPortIsOutput : JackPortIsInput);
+    if (!names)
+        return;
+    for (const char** n = names; *n; ++n) {
+        const QString name = QString::fromUtf8(*n);
+        if (!name.startsWith(ownClientPrefix()))
+            list.push_back(refFor(name));
+    }
+    jack_free(names);
+}
+
+int JackMidiSystem::sourceCount() const
+{
+    // Enumeration is where a server that was absent gets looked for again.
+    const_cast<JackMidiSystem*>(this)->snapshot(true);
+    return int(m_sources.size());
+}
+
+MidiEndpointRef JackMidiSystem::source(int index) const
+{
+    return index >= 0 && index < int(m_sources.size()) ? m_sources[std::size_t(index)] : 0;
+}
+
+int JackMidiSystem::destinationCount() const
+{
+    const_cast<JackMidiSystem*>(this)->snapshot(false);
+    return int(m_destinations.size());
+}
+
+MidiEndpointRef JackMidiSystem::destination(int index) const
+{
+    return index >= 0 && index < int(m_destinations.size()) ? m_destinations[std::size_t(index)] : 0;
+}
+
+std::optional<QString> JackMidiSystem::displayName(MidiEndpointRef endpoint) const
+{
+    Client* c = openClient();
+    const QString name = nameOf(endpoint);
+    if (!c || name.isEmpty())
+        return std::nullopt;
+    jack_port_t* port = jack_port_by_name(c->handle, name.toUtf8().constData());
+    if (!port)
+        return std::nullopt;
+
+    char* value = nullptr;
+    char* type = nullptr;
+    if (jack_get_property(jack_port_uuid(port), JACK_METADATA_PRETTY_NAME, &value, &type) == 0 && value) {
+        const QString pretty = QString::fromUtf8(value);
+        jack_free(value);
+        jack_free(type);
+        return pretty;
+    }
+    return QString::fromUtf8(jack_port_short_name(port));
+}
+
+// --- Connections and sending ------------------------------------------------------------------
+
+void JackMidiSystem::connectSource(MidiPortRef inPort, MidiEndpointRef source)
+{
+    Client* c = clientOf(inPort, true);
+    const QString name = nameOf(source);
+    if (!c || !c->in || name.isEmpty())
+        return;
+    // A client that registered its ports before activating refuses connections until it is
+    // active; the attach is then retried on the next graph change.
+    if (attach(*c, name))
+        c->pendingAttach.erase(name);
+    else
+        c->pendingAttach.insert(name);
+}
+
+void JackMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source)
+{
+    Client* c = clientOf(inPort, true);
+    const QString name = nameOf(source);
+    if (!c || !c->in || name.isEmpty())
+        return;
+    c->pendingAttach.erase(name);
+    jack_disconnect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
+}
+
+void JackMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word)
+{
+    Client* c = clientOf(outPort, false);
+    const QString name = nameOf(destination);
+    if (!c || !c->out || name.isEmpty())
+        return;
+    const QByteArray target = name.toUtf8();
+    if (!jack_port_by_name(c->handle, target.constData()))
+        return; // the unit went away: dropped, never queued for a later unit
+
+    if (c->outConnectedTo != name) {
+        const char* ours = jack_port_name(c->out);
+        if (!c->outConnectedTo.isEmpty())
+            jack_disconnect(c->handle, ours, c->outConnectedTo.toUtf8().constData());
+        c->outConnectedTo.clear();
+        const int result = jack_connect(c->handle, ours, target.constData());
+        if (result == 0 || result == EEXIST) {
+            c->outConnectedTo = name; // else tried again with the next message
+            c->holdUntil.store(jack_frame_time(c->handle) + kConnectionCycles * jack_get_buffer_size(c->handle),
+                               std::memory_order_relaxed);
+            c->holding.store(true, std::memory_order_release);
+        }
+    }
+    if (jack_ringbuffer_write_space(c->outgoing) >= kWordSize)
+        jack_ringbuffer_write(c->outgoing, reinterpret_cast<const char*>(&word), kWordSize);
+}
+
+} // namespace orvan

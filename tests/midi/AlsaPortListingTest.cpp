@@ -1,0 +1,81 @@
+// Which sequencer ports stand for a unit, and under which name the engine looks them up.
+#include "midi/alsa/AlsaPortListing.h"
+
+#include <QStringList>
+#include <alsa/asoundlib.h>
+#include <gtest/gtest.h>
+
+using namespace orvan;
+
+namespace {
+
+constexpr unsigned kSource = SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ;
+constexpr unsigned kDestination = SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE;
+constexpr unsigned kDuplex = kSource | kDestination;
+
+QStringList namesOf(const std::vector<AlsaEndpoint>& endpoints)
+{
+    QStringList names;
+    for (const auto& e : endpoints)
+        names << e.displayName;
+    return names;
+}
+
+struct ListingRow {
+    const char* what;
+    std::vector<AlsaPort> ports;
+    QStringList sources;
+    QStringList destinations;
+};
+
+class AlsaDisplayNames : public testing::TestWithParam<ListingRow> {};
+
+TEST_P(AlsaDisplayNames, FollowTheClientNameForOnePortAndThePortNameOtherwise)
+{
+    const ListingRow& row = GetParam();
+
+    const auto sources = alsaEndpoints(row.ports, MidiDirection::source);
+    const auto destinations = alsaEndpoints(row.ports, MidiDirection::destination);
+
+    EXPECT_EQ(namesOf(sources), row.sources) << row.what;
+    EXPECT_EQ(namesOf(destinations), row.destinations) << row.what;
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, AlsaDisplayNames, testing::Values(
+    ListingRow{"a one-port USB unit reads as its product",
+               {{24, 0, "Orvan", "Orvan MIDI 1", kDuplex}},
+               {"Orvan"}, {"Orvan"}},
+    ListingRow{"a two-port interface names each port, prefixing the client once",
+               {{28, 0, "MIDISPORT", "MIDISPORT Port A", kDuplex}, {28, 1, "MIDISPORT", "Port B", kDuplex}},
+               {"MIDISPORT Port A", "MIDISPORT Port B"}, {"MIDISPORT Port A", "MIDISPORT Port B"}},
+    ListingRow{"one readable and one writable port: one endpoint per direction, each the client's name",
+               {{30, 0, "Dunra", "out", kSource}, {30, 1, "in", "in", kDestination}},
+               {"Dunra"}, {"in"}},
+    ListingRow{"readable without subscribable is no source",
+               {{31, 0, "Melko", "Melko MIDI 1", SND_SEQ_PORT_CAP_READ | kDestination}},
+               {}, {"Melko"}},
+    ListingRow{"a port marked no-export is never taken",
+               {{32, 0, "Orvan", "Orvan MIDI 1", kDuplex | SND_SEQ_PORT_CAP_NO_EXPORT}},
+               {}, {}},
+    ListingRow{"our own clients and the system client are never taken",
+               {{0, 1, "System", "Announce", kSource},
+                {128, 0, "OrvanRCU-Orvan", "In", kDestination},
+                {128, 1, "OrvanRCU-Orvan", "Out", kSource}},
+               {}, {}},
+    ListingRow{"a no-export sibling does not count against the one-port rule",
+               {{33, 0, "Orvan", "Orvan MIDI 1", kDuplex}, {33, 1, "Orvan", "Orvan ctl", kDuplex | SND_SEQ_PORT_CAP_NO_EXPORT}},
+               {"Orvan"}, {"Orvan"}}));
+
+TEST(AlsaPortListing, EndpointsKeepTheirSequencerAddressAndListingOrder)
+{
+    // given two units, listed Dunra first
+    const std::vector<AlsaPort> ports{{36, 0, "Dunra", "Dunra MIDI 1", kDuplex}, {24, 0, "Orvan", "Orvan MIDI 1", kDuplex}};
+
+    // when
+    const auto sources = alsaEndpoints(ports, MidiDirection::source);
+
+    // then
+    EXPECT_EQ(sources, (std::vector<AlsaEndpoint>{{36, 0, "Dunra"}, {24, 0, "Orvan"}}));
+}
+
+} // namespace

@@ -1,0 +1,162 @@
+#include "JackTestServer.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <utility>
+
+namespace orvan::test {
+
+namespace {
+
+constexpr int kEventWaitMilliseconds = 20;
+constexpr int kProcessEndMilliseconds = 5000;
+constexpr int kSampleRate = 48000;
+constexpr qint64 kMicrosecondsPerSecond = 1000000;
+
+void silent(const char*) {}
+
+} // namespace
+
+bool waitUntil(const std::function<bool()>& condition, int timeoutMilliseconds)
+{
+    QDeadlineTimer deadline(timeoutMilliseconds);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, kEventWaitMilliseconds);
+    }
+    return true;
+}
+
+JackTestServer::JackTestServer(const QString& tag, int periodFrames)
+    // A fixed name per use: JACK keeps a small table of server names in shared memory and frees
+    // an entry left by a dead server only when a server of the same name starts again, so unique
+    // names per run would fill it up on a machine that runs the tests often.
+    : m_name(QStringLiteral("orvan-test-%1").arg(tag))
+    , m_periodFrames(periodFrames)
+{
+    jack_set_error_function(silent);
+    jack_set_info_function(silent);
+}
+
+JackTestServer::~JackTestServer()
+{
+    stop();
+}
+
+void JackTestServer::select() const
+{
+    qputenv("JACK_DEFAULT_SERVER", m_name.toUtf8());
+}
+
+void JackTestServer::forgetStaleServers()
+{
+    // With no jackd alive, JACK's shared-memory files only describe dead servers; they are safe to
+    // remove, and a full server table left by killed test servers would refuse ours.
+    const QDir proc(QStringLiteral("/proc"));
+    for (const QString& pid : proc.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile comm(proc.filePath(pid + QStringLiteral("/comm")));
+        if (comm.open(QIODevice::ReadOnly) && comm.readAll().trimmed() == "jackd")
+            return;
+    }
+    const QDir shm(QStringLiteral("/dev/shm"));
+    for (const QString& file : shm.entryList({QStringLiteral("jack*")}, QDir::Files))
+        QFile::remove(shm.filePath(file));
+}
+
+bool JackTestServer::start()
+{
+    // Only before this process has touched JACK: its client library keeps the table mapped.
+    static bool firstStart = true;
+    if (std::exchange(firstStart, false))
+        forgetStaleServers();
+    select();
+    m_jackd.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_jackd.setStandardOutputFile(QProcess::nullDevice());
+    // The dummy driver waits this long between cycles: one period's worth of real time.
+    const qint64 cycleMicroseconds = m_periodFrames * kMicrosecondsPerSecond / kSampleRate;
+    m_jackd.start(QStringLiteral("jackd"),
+                  {QStringLiteral("-n"), m_name, QStringLiteral("-d"), QStringLiteral("dummy"), QStringLiteral("-r"),
+                   QString::number(kSampleRate), QStringLiteral("-p"), QString::number(m_periodFrames),
+                   QStringLiteral("-w"), QString::number(cycleMicroseconds)});
+    if (!m_jackd.waitForStarted())
+        return false;
+    return waitUntil([this] {
+        if (m_jackd.state() != QProcess::Running)
+            return true;
+        jack_status_t status{};
+        m_probe = jack_client_open("orvan-test-probe", JackNoStartServer, &status);
+        return m_probe != nullptr;
+    }) && m_probe != nullptr;
+}
+
+void JackTestServer::stop()
+{
+    if (m_probe)
+        jack_client_close(m_probe);
+    m_probe = nullptr;
+    if (m_jackd.state() != QProcess::NotRunning) {
+        m_jackd.terminate();
+        if (!m_jackd.waitForFinished(kProcessEndMilliseconds))
+            m_jackd.kill();
+        m_jackd.waitForFinished();
+    }
+}
+
+QStringList JackTestServer::midiPorts() const
+{
+    QStringList result;
+    if (!m_probe)
+        return result;
+    const char** names = jack_get_ports(m_probe, nullptr, JACK_DEFAULT_MIDI_TYPE, 0);
+    for (const char** n = names; n && *n; ++n)
+        result << QString::fromUtf8(*n);
+    jack_free(names);
+    return result;
+}
+
+bool JackTestServer::connectPorts(const QString& from, const QString& to) const
+{
+    return m_probe && jack_connect(m_probe, from.toUtf8().constData(), to.toUtf8().constData()) == 0;
+}
+
+JackChild::JackChild(QString program, QStringList arguments)
+    : m_program(std::move(program))
+    , m_arguments(std::move(arguments))
+{
+}
+
+JackChild::~JackChild()
+{
+    stop();
+}
+
+bool JackChild::start()
+{
+    m_process = std::make_unique<QProcess>();
+    m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    QObject::connect(m_process.get(), &QProcess::readyReadStandardOutput, m_process.get(),
+                     [this] { m_output += QString::fromUtf8(m_process->readAllStandardOutput()); });
+    m_process->start(m_program, m_arguments);
+    return m_process->waitForStarted();
+}
+
+void JackChild::stop()
+{
+    if (!m_process || m_process->state() == QProcess::NotRunning)
+        return;
+    m_process->terminate();
+    if (!m_process->waitForFinished(kProcessEndMilliseconds))
+        m_process->kill();
+    m_process->waitForFinished();
+    m_output += QString::fromUtf8(m_process->readAllStandardOutput());
+}
+
+QStringList JackChild::lines() const
+{
+    return m_output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+} // namespace orvan::test
