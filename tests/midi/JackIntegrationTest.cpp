@@ -3,9 +3,11 @@
 #include "DemoMode.h"
 #include "JackTestServer.h"
 #include "OrvanMIDI.h"
+#include "RCUModel.h"
 #include "midi/LinuxMidiSystem.h"
 #include "midi/jack/JackMidiSystem.h"
 #include "time/ManualClock.h"
+#include "time/SystemClock.h"
 
 #include <QRegularExpression>
 #include <gtest/gtest.h>
@@ -195,6 +197,45 @@ TEST_F(JackIntegrationTest, MessagesSentAsTheUnitVanishesAreDroppedNotDeliveredL
     // then the new unit gets that message and none of the stale +48V ones
     ASSERT_TRUE(waitUntil([&] { return !messagesIn(second.lines()).isEmpty(); }));
     EXPECT_EQ(messagesIn(second.lines()), QStringList{"b0 19 07"});
+}
+
+TEST_F(JackIntegrationTest, AResetReachesTheUnitPacedTwelveMillisecondsApartWithTheLongPauseAfterPhantom)
+{
+    // given the model over a connected unit, paced by real timers
+    JackMidiSystem system;
+    SystemClock& time = SystemClock::shared();
+    OrvanMIDI engine(Catalogue::orvan(), system, time);
+    RCUModel model(engine, time);
+    JackChild unit = simulator(QStringLiteral("Orvan"));
+    ASSERT_TRUE(unit.start());
+    ASSERT_TRUE(waitUntil([&] { return engine.isConnected(); }));
+
+    // when the whole unit is reset: 8 x +48V, a pause, 8 x (gain, pad, polarity), 8 x mute
+    model.resetAll();
+    constexpr int kMessages = 8 + 3 * 8 + 8;
+    ASSERT_TRUE(waitUntil([&] { return messagesIn(unit.lines()).size() >= kMessages; }, 10000));
+
+    // then the unit received them in that order, spaced as paced, measured in JACK frames
+    static const QRegularExpression line(QStringLiteral("^(\\d+) b0 ([0-9a-f]{2}) ([0-9a-f]{2})$"));
+    std::vector<std::pair<qint64, int>> received; // frame, controller
+    for (const QString& l : unit.lines()) {
+        if (const auto m = line.match(l); m.hasMatch())
+            received.emplace_back(m.captured(1).toLongLong(), m.captured(2).toInt(nullptr, 16));
+    }
+    ASSERT_EQ(received.size(), std::size_t(kMessages));
+    for (int ch = 0; ch < 8; ++ch) {
+        EXPECT_EQ(received[std::size_t(ch)].second, 16 * ch + 4) << "+48V first";
+        EXPECT_EQ(received[std::size_t(8 + 3 * ch)].second, 16 * ch + 9) << "then gain";
+        EXPECT_EQ(received[std::size_t(32 + ch)].second, 16 * ch + 7) << "mute last";
+    }
+    // Messages leave at the start of the next JACK cycle, so a gap may look one period short.
+    constexpr qint64 kFramesPerMs = 48;
+    const qint64 slack = server->periodFrames();
+    for (std::size_t i = 1; i < received.size(); ++i) {
+        const qint64 gap = received[i].first - received[i - 1].first;
+        const qint64 paced = i == 8 ? (12 + 900) * kFramesPerMs : 12 * kFramesPerMs;
+        EXPECT_GE(gap, paced - slack) << "between message " << i - 1 << " and " << i;
+    }
 }
 
 class JackLateServerTest : public testing::Test {

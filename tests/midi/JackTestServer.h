@@ -20,6 +20,7 @@ class JackTestServer {
 public:
     /// `periodFrames`: frames per cycle at 48 kHz.
     explicit JackTestServer(const QString& tag, int periodFrames = 256);
+    int periodFrames() const { return m_periodFrames; }
     ~JackTestServer();
 
     /// Only points JACK_DEFAULT_SERVER at this server's name.

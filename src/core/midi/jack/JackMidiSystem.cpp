@@ -27,6 +27,12 @@ constexpr jack_nframes_t kFirstFrame = 0;
 // Cycles after which a connection just made is surely in the graph the process callback runs in.
 constexpr jack_nframes_t kConnectionCycles = 2;
 
+/// An outgoing message and the frame it is due at.
+struct OutgoingMessage {
+    quint32 word;
+    jack_nframes_t due;
+};
+
 void silent(const char*) {}
 
 QString ownClientPrefix()
@@ -54,10 +60,6 @@ struct JackMidiSystem::Client {
     std::atomic<bool> setupChanged{false};
     std::atomic<bool> serverGone{false};
     std::atomic<bool> graphChanged{false};
-    // Set when "Out" was just wired to a unit: a new connection takes effect only from a later
-    // cycle, so the words wait in order until then instead of going nowhere.
-    std::atomic<bool> holding{false};
-    std::atomic<jack_nframes_t> holdUntil{0};
     std::atomic<quint64> dropped{0};
     std::unique_ptr<MainThreadSignal> wake;
 
@@ -102,22 +104,25 @@ int onProcess(jack_nframes_t frames, void* arg)
     if (jack_port_t* out = c->out.load(std::memory_order_acquire)) {
         void* buffer = jack_port_get_buffer(out, frames);
         jack_midi_clear_buffer(buffer);
-        if (c->holding.load(std::memory_order_acquire)) {
-            const auto ahead = qint32(c->holdUntil.load(std::memory_order_relaxed) - jack_last_frame_time(c->handle));
-            if (ahead > 0)
-                return 0;
-            c->holding.store(false, std::memory_order_relaxed);
-        }
-        while (jack_ringbuffer_read_space(c->outgoing) >= kWordSize) {
-            quint32 word = 0;
-            jack_ringbuffer_peek(c->outgoing, reinterpret_cast<char*>(&word), kWordSize);
-            MidiBytes::Message bytes{};
-            const std::size_t size = MidiBytes::toBytes(word, bytes);
-            // All at the cycle's first frame: equal times keep their order. A full port buffer
-            // leaves the rest for the next cycle.
-            if (size > 0 && jack_midi_event_write(buffer, kFirstFrame, bytes.data(), size) != 0)
+        const jack_nframes_t cycleStart = jack_last_frame_time(c->handle);
+        jack_nframes_t lastOffset = kFirstFrame;
+        while (jack_ringbuffer_read_space(c->outgoing) >= sizeof(OutgoingMessage)) {
+            OutgoingMessage message{};
+            jack_ringbuffer_peek(c->outgoing, reinterpret_cast<char*>(&message), sizeof message);
+            // Each message leaves a fixed delay after it was sent, at its own frame: the delay
+            // covers a newly wired connection, and being the same for every message it keeps
+            // the pacing the main thread gave them. A late one goes at once, in order.
+            const auto ahead = qint32(message.due - cycleStart);
+            if (ahead >= qint32(frames))
                 break;
-            jack_ringbuffer_read_advance(c->outgoing, kWordSize);
+            const jack_nframes_t offset = std::max<jack_nframes_t>(lastOffset, jack_nframes_t(std::max(ahead, 0)));
+            MidiBytes::Message bytes{};
+            const std::size_t size = MidiBytes::toBytes(message.word, bytes);
+            // A full port buffer leaves the rest for the next cycle.
+            if (size > 0 && jack_midi_event_write(buffer, offset, bytes.data(), size) != 0)
+                break;
+            lastOffset = offset;
+            jack_ringbuffer_read_advance(c->outgoing, sizeof message);
         }
     }
     return 0;
@@ -265,7 +270,7 @@ MidiClientRef JackMidiSystem::createClient(const QString& name, NotifyCallback n
     c->name = name;
     c->notify = std::move(notify);
     c->incoming = jack_ringbuffer_create(kIncomingWords * kWordSize);
-    c->outgoing = jack_ringbuffer_create(kOutgoingWords * kWordSize);
+    c->outgoing = jack_ringbuffer_create(kOutgoingWords * sizeof(OutgoingMessage));
     // Locked in memory so the real-time thread never waits on a page fault.
     jack_ringbuffer_mlock(c->incoming);
     jack_ringbuffer_mlock(c->outgoing);
@@ -486,15 +491,12 @@ void JackMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quin
             jack_disconnect(c->handle, ours, c->outConnectedTo.toUtf8().constData());
         c->outConnectedTo.clear();
         const int result = jack_connect(c->handle, ours, target.constData());
-        if (result == 0 || result == EEXIST) {
+        if (result == 0 || result == EEXIST)
             c->outConnectedTo = name; // else tried again with the next message
-            c->holdUntil.store(jack_frame_time(c->handle) + kConnectionCycles * jack_get_buffer_size(c->handle),
-                               std::memory_order_relaxed);
-            c->holding.store(true, std::memory_order_release);
-        }
     }
-    if (jack_ringbuffer_write_space(c->outgoing) >= kWordSize)
-        jack_ringbuffer_write(c->outgoing, reinterpret_cast<const char*>(&word), kWordSize);
+    const OutgoingMessage message{word, jack_frame_time(c->handle) + kConnectionCycles * jack_get_buffer_size(c->handle)};
+    if (jack_ringbuffer_write_space(c->outgoing) >= sizeof message)
+        jack_ringbuffer_write(c->outgoing, reinterpret_cast<const char*>(&message), sizeof message);
 }
 
 } // namespace orvan
