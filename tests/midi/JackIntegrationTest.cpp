@@ -60,25 +60,17 @@ bool listsBothWays(const MidiSystem& system, const QString& name)
 
 class JackIntegrationTest : public testing::Test {
 protected:
-    static void SetUpTestSuite()
-    {
-        server = new JackTestServer(QStringLiteral("main"));
-        serverStarted = server->start();
-    }
-    static void TearDownTestSuite()
-    {
-        delete server;
-        server = nullptr;
-    }
+    // A fresh server for every test: one test's unit killed mid-cycle on a loaded machine must
+    // not leave the next test a server in trouble.
     void SetUp() override
     {
-        ASSERT_TRUE(serverStarted) << "jackd with the dummy driver did not start";
-        server->select();
+        server = std::make_unique<JackTestServer>(QStringLiteral("main"));
+        ASSERT_TRUE(server->start()) << "jackd with the dummy driver did not start";
         DemoMode::shared().setActive(false);
     }
+    void TearDown() override { server.reset(); }
 
-    static inline JackTestServer* server = nullptr;
-    static inline bool serverStarted = false;
+    std::unique_ptr<JackTestServer> server;
     ManualClock clock;
 };
 

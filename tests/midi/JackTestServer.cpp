@@ -12,6 +12,7 @@ namespace {
 
 constexpr int kEventWaitMilliseconds = 20;
 constexpr int kProcessEndMilliseconds = 5000;
+constexpr int kClientTimeoutMilliseconds = 5000;
 constexpr int kSampleRate = 48000;
 constexpr qint64 kMicrosecondsPerSecond = 1000000;
 
@@ -77,8 +78,11 @@ bool JackTestServer::start()
     m_jackd.setStandardOutputFile(QProcess::nullDevice());
     // The dummy driver waits this long between cycles: one period's worth of real time.
     const qint64 cycleMicroseconds = m_periodFrames * kMicrosecondsPerSecond / kSampleRate;
+    // A generous client timeout: on a loaded machine without real-time priority a slow cycle
+    // must not get a client thrown out of the graph.
     m_jackd.start(QStringLiteral("jackd"),
-                  {QStringLiteral("-n"), m_name, QStringLiteral("-d"), QStringLiteral("dummy"), QStringLiteral("-r"),
+                  {QStringLiteral("-n"), m_name, QStringLiteral("-t"), QString::number(kClientTimeoutMilliseconds),
+                   QStringLiteral("-d"), QStringLiteral("dummy"), QStringLiteral("-r"),
                    QString::number(kSampleRate), QStringLiteral("-p"), QString::number(m_periodFrames),
                    QStringLiteral("-w"), QString::number(cycleMicroseconds)});
     if (!m_jackd.waitForStarted())
