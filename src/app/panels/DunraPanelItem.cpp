@@ -5,6 +5,7 @@
 #include "OrvanMIDI.h"
 #include "OrvanPanelItem.h"
 #include "PlatePainting.h"
+#include "PresetButtons.h"
 #include "RCUModel.h"
 #include "StageGeometry.h"
 #include "Theme.h"
@@ -59,22 +60,6 @@ const std::array<Cell, 5>& cells()
         {QStringLiteral("PAD"), LampColors::orange, OrvanSwitch::pad},
         {QStringLiteral("MUTE"), LampColors::red, OrvanSwitch::mute},
     }};
-    return table;
-}
-
-struct PresetButton {
-    double x;
-    double width;
-    QString label;
-};
-const QList<PresetButton>& presetButtonTable()
-{
-    static const QList<PresetButton> table{
-        {1259, 26, QStringLiteral("\u25C0")},
-        {1289, 26, QStringLiteral("\u25B6")},
-        {1327, 38, QStringLiteral("SAVE")},
-        {1374, 46, QStringLiteral("RECALL")},
-    };
     return table;
 }
 
@@ -172,16 +157,9 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
         [&model] { return QStringList{presetDisplayText(model)}; }, this));
     m_presetName->setPos(kPresetName);
 
-    const std::function<void()> presetActions[] = {
-        [&model] { model.stepPreset(-1); }, [&model] { model.stepPreset(1); }, [&model] { model.beginSave(); },
-        [&model] { model.requestRecall(); }};
-    for (int i = 0; i < presetButtonTable().size(); ++i) {
-        const PresetButton& b = presetButtonTable()[i];
-        auto* button = new GlossButtonItem(QSizeF(b.width, 18), presetActions[i], this);
-        button->setCaption(b.label, engraved(6, QFont::DemiBold, 0.3));
-        button->setPos(b.x, kPresetRowY);
-        m_presetButtons << button;
-    }
+    const PresetButtonRow presetRow{.x = {1259, 1289, 1327, 1374}, .width = {26, 26, 38, 46}, .y = kPresetRowY,
+                                     .height = 18, .caption = engraved(6, QFont::DemiBold, 0.3)};
+    m_presetButtons = makePresetButtons(model, presetRow, this);
 
     startFollowing();
 }

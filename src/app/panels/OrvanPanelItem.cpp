@@ -4,6 +4,7 @@
 #include "Controls.h"
 #include "OrvanMIDI.h"
 #include "PlatePainting.h"
+#include "PresetButtons.h"
 #include "RCUModel.h"
 #include "StageGeometry.h"
 #include "items/BlueDisplayItem.h"
@@ -50,22 +51,6 @@ const QList<SharedRow>& sharedRows()
         {150, QStringLiteral("PAD"), OrvanSwitch::pad, false},
         {184, QStringLiteral("MUTE"), OrvanSwitch::mute, false},
         {217, QStringLiteral("SELECT ALL /\nCLEAR"), std::nullopt, true},
-    };
-    return table;
-}
-
-struct PresetButton {
-    double x;
-    double width;
-    QString label;
-};
-const QList<PresetButton>& presetButtonTable()
-{
-    static const QList<PresetButton> table{
-        {1108, 34, QStringLiteral("\u25C0")},
-        {1146, 34, QStringLiteral("\u25B6")},
-        {1188, 34, QStringLiteral("SAVE")},
-        {1235, 50, QStringLiteral("RECALL")},
     };
     return table;
 }
@@ -154,16 +139,9 @@ OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
         [&model] { return QStringList{presetDisplayText(model)}; }, this));
     m_presetName->setPos(kPresetName);
 
-    const std::function<void()> presetActions[] = {
-        [&model] { model.stepPreset(-1); }, [&model] { model.stepPreset(1); }, [&model] { model.beginSave(); },
-        [&model] { model.requestRecall(); }};
-    for (int i = 0; i < presetButtonTable().size(); ++i) {
-        const PresetButton& b = presetButtonTable()[i];
-        auto* button = new GlossButtonItem(QSizeF(b.width, 20), presetActions[i], this);
-        button->setCaption(b.label, engraved(6.5, QFont::DemiBold, 0.4));
-        button->setPos(b.x, kPresetRowY);
-        m_presetButtons << button;
-    }
+    const PresetButtonRow presetRow{.x = {1108, 1146, 1188, 1235}, .width = {34, 34, 34, 50}, .y = kPresetRowY,
+                                     .height = 20, .caption = engraved(6.5, QFont::DemiBold, 0.4)};
+    m_presetButtons = makePresetButtons(model, presetRow, this);
 
     m_knob = follow(new KnobItem([&model] { return model.knobAngle(); },
                                  [&model](int steps) { model.adjustSelected(steps); }, this));
