@@ -65,6 +65,9 @@ void JackTestServer::forgetStaleServers()
     const QDir shm(QStringLiteral("/dev/shm"));
     for (const QString& file : shm.entryList({QStringLiteral("jack*")}, QDir::Files))
         QFile::remove(shm.filePath(file));
+    // The metadata store (display names) is shared by all servers of the user.
+    for (const QString& folder : shm.entryList({QStringLiteral("jack*")}, QDir::Dirs | QDir::NoDotAndDotDot))
+        QDir(shm.filePath(folder)).removeRecursively();
 }
 
 bool JackTestServer::start()
