@@ -6,15 +6,23 @@
 #include "stage/StageScene.h"
 #include "stage/StageWindow.h"
 
+#include <QPixmapCache>
 #include <QTimer>
 
 namespace orvan {
+
+namespace {
+constexpr int kPixmapCacheKilobytes = 64 * 1024;
+}
 
 ApplicationShell::ApplicationShell(OrvanRCUApp& app)
     : m_stage(std::make_unique<StageScene>(app))
     , m_window(std::make_unique<StageWindow>(m_stage.get()))
 {
     WheelEventFilter::install();
+    // Every plate and control keeps its look in Qt's pixmap cache. At a device-pixel ratio of 2
+    // they need about 40 MB; with Qt's default 10 MB they would evict each other every frame.
+    QPixmapCache::setCacheLimit(kPixmapCacheKilobytes);
     m_window->setArrowStepHandler([this](int steps) { m_stage->adjustFocused(steps); });
     // The stage shows the Orvan's dialogs; the Dunra panel has its own, with its own wording.
     m_orvanDialogs = new ConfirmationDialogs(app.orvanModel(), DialogTexts::orvan(), m_window.get());

@@ -20,6 +20,8 @@ ReflectionItem::ReflectionItem(std::function<PanelItem*()> makeCopy, QSizeF plat
     setAcceptedMouseButtons(Qt::NoButton);
     setAcceptHoverEvents(false);
     setAcceptTouchEvents(false);
+    // Kept aligned to device pixels, so a frame copies it instead of resampling it.
+    setCacheMode(DeviceCoordinateCache);
     connect(m_copy, &PanelItem::changed, this, &ReflectionItem::invalidate);
     m_dirty = boundingRect();
 }
