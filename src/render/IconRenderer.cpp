@@ -22,6 +22,10 @@ bool handleLaunchArguments(const QStringList& arguments)
         return false;
     const QString path = arguments[at + 1];
 
+    // An export prints nothing but its one failure line: Qt's own chatter (a missing runtime
+    // folder, say) stays quiet.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+
     // Text needs a GUI application for its fonts; the icon never needs a screen.
     std::unique_ptr<QGuiApplication> app;
     if (!QGuiApplication::instance()) {

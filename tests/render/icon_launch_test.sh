@@ -8,10 +8,10 @@ unset DISPLAY WAYLAND_DISPLAY QT_QPA_PLATFORM
 fail() { echo "FAIL: $*"; exit 1; }
 is_icon() { [[ -f $1 ]] && [[ $(head -c 8 "$1" | od -An -tx1 | tr -d ' \n') == 89504e470d0a1a0a ]]; }
 
-"$app" --render-icon out.png 2>err.txt; rc=$?
+"$app" --render-icon out.png >out.txt 2>err.txt; rc=$?
 [[ $rc == 0 ]] || fail "plain export exited $rc"
 is_icon out.png || fail "no PNG written"
-[[ ! -s err.txt ]] || grep -qv 'XDG_RUNTIME_DIR' err.txt && true
+[[ ! -s err.txt && ! -s out.txt ]] || fail "an export must print nothing, got: $(cat out.txt err.txt)"
 
 "$app" --demo --render-icon demo.png >/dev/null 2>&1; rc=$?
 [[ $rc == 0 ]] && is_icon demo.png || fail "the option anywhere on the line"
@@ -21,7 +21,7 @@ is_icon out.png || fail "no PNG written"
 
 "$app" --render-icon missing-folder/x.png >/dev/null 2>err.txt; rc=$?
 [[ $rc == 0 ]] || fail "a failed write must exit 0, got $rc"
-grep -q "icon render failed" err.txt && fail "a failed write must stay silent"
+[[ ! -s err.txt ]] || fail "a failed write must stay silent"
 
 # As the last argument it starts the app normally: here, with no display, that means it does
 # not export and does not exit 0 as an export would (the offscreen window is closed by timeout).
