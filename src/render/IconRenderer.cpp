@@ -17,6 +17,11 @@ const char kFailure[] = "icon render failed\n";
 
 bool handleLaunchArguments(const QStringList& arguments)
 {
+    return handleLaunchArguments(arguments, &render::IconView::render);
+}
+
+bool handleLaunchArguments(const QStringList& arguments, const std::function<QImage()>& render)
+{
     const qsizetype at = arguments.indexOf(QStringLiteral("--render-icon"), 1);
     if (at < 0 || at + 1 >= arguments.size())
         return false;
@@ -36,7 +41,7 @@ bool handleLaunchArguments(const QStringList& arguments)
         app = std::make_unique<QGuiApplication>(argc, argv);
     }
 
-    const QImage icon = render::IconView::render();
+    const QImage icon = render();
     QByteArray png;
     if (!icon.isNull()) {
         QBuffer buffer(&png);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QImage>
 #include <QStringList>
+
+#include <functional>
 
 namespace orvan::IconRenderer {
 
@@ -12,5 +15,8 @@ namespace orvan::IconRenderer {
 ///
 /// Needs no display: when no GUI application exists yet it makes an offscreen one for the fonts.
 bool handleLaunchArguments(const QStringList& arguments);
+
+/// The same, with the artwork drawn by `render` (tests use it to make rendering fail).
+bool handleLaunchArguments(const QStringList& arguments, const std::function<QImage()>& render);
 
 } // namespace orvan::IconRenderer
