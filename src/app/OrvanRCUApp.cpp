@@ -20,12 +20,7 @@ OrvanRCUApp::OrvanRCUApp(std::unique_ptr<MidiSystem> midiSystem, const Clock& cl
     m_melkoModel = std::make_unique<RCUModel>(*m_melko, scheduler);
 }
 
-OrvanRCUApp::~OrvanRCUApp()
-{
-    // Models observe their engines: let them go first.
-    m_melkoModel.reset();
-    m_dunraModel.reset();
-    m_orvanModel.reset();
-}
+// Members go in reverse order of declaration: the models, which observe the engines, go first.
+OrvanRCUApp::~OrvanRCUApp() = default;
 
 } // namespace orvan

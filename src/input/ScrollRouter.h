@@ -26,7 +26,6 @@ public:
     /// Gives the event to the owner. Returns true when it was consumed (there is an owner).
     bool route(const ScrollEvent& event);
 
-    std::optional<QUuid> owner() const { return m_owner; }
 
 private:
     std::optional<QUuid> m_owner;

@@ -57,6 +57,34 @@ void strokeInside(QPainter& painter, const QRectF& rect, double radius, const QB
     painter.strokePath(path, QPen(brush, width));
 }
 
+/// A black disc casting the hard shadow of the given depth: the well under knobs, buttons, screws.
+void paintShadowedDisc(QPainter& painter, QPointF centre, double diameter, double depth)
+{
+    const QPainterPath disc = circlePath(centre, diameter);
+    paintHardShadow(painter, disc, depth, 0.75);
+    painter.fillPath(disc, Qt::black);
+}
+
+/// A disc lit along the light direction, from grey `from` (top-trailing) to `to` (bottom-leading).
+void paintLitDisc(QPainter& painter, QPointF centre, double diameter, double from, double to)
+{
+    const QRectF r = circle(centre, diameter);
+    QLinearGradient fill(r.topRight(), r.bottomLeft());
+    fill.setColorAt(0, white(from));
+    fill.setColorAt(1, white(to));
+    painter.fillPath(circlePath(centre, diameter), fill);
+}
+
+/// The light's reflection on a round cap: white fading out from its upper-right (0.8, 0.15).
+void paintCapHighlight(QPainter& painter, QPointF centre, double diameter, double opacity, double reach)
+{
+    const QRectF cap = circle(centre, diameter);
+    QRadialGradient highlight(QPointF(cap.left() + 0.8 * diameter, cap.top() + 0.15 * diameter), reach);
+    highlight.setColorAt(0, white(1, opacity));
+    highlight.setColorAt(1, Qt::transparent);
+    painter.fillPath(circlePath(centre, diameter), highlight);
+}
+
 } // namespace
 
 QPainterPath glossButtonOutline(const QRectF& face)
@@ -128,15 +156,8 @@ void paintLED(QPainter& painter, QPointF centre, double size, bool on, const QCo
 
 void paintKnob(QPainter& painter, QPointF centre, double angle)
 {
-    const QPainterPath well = circlePath(centre, 66);
-    paintHardShadow(painter, well, 6, 0.75);
-    painter.fillPath(well, Qt::black);
-
-    const QRectF skirtRect = circle(centre, 62);
-    QLinearGradient skirt(skirtRect.topRight(), skirtRect.bottomLeft());
-    skirt.setColorAt(0, white(0.28));
-    skirt.setColorAt(1, white(0.03));
-    painter.fillPath(circlePath(centre, 62), skirt);
+    paintShadowedDisc(painter, centre, 66, 6);
+    paintLitDisc(painter, centre, 62, 0.28, 0.03);
 
     painter.save();
     painter.translate(centre);
@@ -154,18 +175,12 @@ void paintKnob(QPainter& painter, QPointF centre, double angle)
     painter.fillRect(QRectF(-1, -24.5, 2, 11), QColor::fromRgbF(0, 0, 0, 0.75f));
     painter.restore();
 
-    const QRectF cap = circle(centre, 52);
-    QRadialGradient specular(QPointF(cap.left() + 0.8 * 52, cap.top() + 0.15 * 52), 28);
-    specular.setColorAt(0, white(1, 0.55));
-    specular.setColorAt(1, Qt::transparent);
-    painter.fillPath(circlePath(centre, 52), specular);
+    paintCapHighlight(painter, centre, 52, 0.55, 28); // does not turn with the cap
 }
 
 void paintScrew(QPainter& painter, QPointF centre, double size)
 {
-    const QPainterPath head = circlePath(centre, size);
-    paintHardShadow(painter, head, 2, 0.75);
-    painter.fillPath(head, Qt::black);
+    paintShadowedDisc(painter, centre, size, 2);
     painter.fillPath(circlePath(centre, size - 3), conic(centre, 0, {0.90, 0.35, 0.85, 0.30, 0.90}));
     painter.save();
     painter.translate(centre);
@@ -178,15 +193,8 @@ void paintScrew(QPainter& painter, QPointF centre, double size)
 
 void paintPowerButton(QPainter& painter, QPointF centre, bool connected)
 {
-    const QPainterPath outer = circlePath(centre, 60);
-    paintHardShadow(painter, outer, 5, 0.75);
-    painter.fillPath(outer, Qt::black);
-
-    const QRectF body = circle(centre, 55);
-    QLinearGradient bodyFill(body.topRight(), body.bottomLeft());
-    bodyFill.setColorAt(0, white(0.4));
-    bodyFill.setColorAt(1, white(0.04));
-    painter.fillPath(circlePath(centre, 55), bodyFill);
+    paintShadowedDisc(painter, centre, 60, 5);
+    paintLitDisc(painter, centre, 55, 0.4, 0.04);
 
     const QColor ring = connected ? QColor::fromRgbF(0.2f, 0.78f, 0.35f, 0.9f) : QColor::fromRgbF(1, 0.23f, 0.19f, 0.8f);
     QPainterPath ringPath = circlePath(centre, 50);
@@ -196,18 +204,12 @@ void paintPowerButton(QPainter& painter, QPointF centre, bool connected)
     painter.strokePath(ringPath, QPen(ring, 1.5));
 
     painter.fillPath(circlePath(centre, 40), conic(centre, 0, {0.85, 0.3, 0.8, 0.25, 0.85}));
-    const QRectF cap = circle(centre, 40);
-    QRadialGradient highlight(QPointF(cap.left() + 0.8 * 40, cap.top() + 0.15 * 40), 24);
-    highlight.setColorAt(0, white(1, 0.6));
-    highlight.setColorAt(1, Qt::transparent);
-    painter.fillPath(circlePath(centre, 40), highlight);
+    paintCapHighlight(painter, centre, 40, 0.6, 24);
 }
 
 void paintJack(QPainter& painter, QPointF centre)
 {
-    const QPainterPath outer = circlePath(centre, 40);
-    paintHardShadow(painter, outer, 4, 0.75);
-    painter.fillPath(outer, Qt::black);
+    paintShadowedDisc(painter, centre, 40, 4);
     painter.fillPath(circlePath(centre, 36), conic(centre, 0, {0.9, 0.35, 0.85, 0.3, 0.9}));
     QRadialGradient hole(centre, 14);
     hole.setColorAt(0, white(0.12));

@@ -15,7 +15,6 @@ public:
 
     KnobItem(std::function<double()> angleDegrees, std::function<void(int)> onSteps, QGraphicsItem* parent = nullptr);
 
-    double shownAngle() const { return m_angle; }
     bool refresh() override;
     void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override;
 

@@ -18,7 +18,6 @@ public:
     QPainterPath shape() const override;
     QSizeF size() const { return m_size; }
     bool isPressed() const { return m_pressed; }
-    void setAction(std::function<void()> action) { m_action = std::move(action); }
 
     /// Where the face is drawn: centred on the item's origin.
     QRectF faceRect() const { return {-m_size.width() / 2, -m_size.height() / 2, m_size.width(), m_size.height()}; }

@@ -83,14 +83,12 @@ void paintScriptName(QPainter& painter, QPointF centre, const QString& name, dou
     // The shadow is applied twice on the unit's badge: draw it once more, darker under the letters.
     LetteringStyle shadowOnly = style;
     shadowOnly.color = Qt::transparent;
-    shadowOnly.shadowOffset = {-1, 1.2};
     drawLetteringCentred(painter, centre, name, shadowOnly);
 
     // A vertical white-to-grey fill is drawn by letting the gradient be the text pen.
     QLinearGradient fill(0, centre.y() - size / 2, 0, centre.y() + size / 2);
     fill.setColorAt(0, Qt::white);
     fill.setColorAt(1, QColor::fromRgbF(0.7f, 0.7f, 0.7f));
-    style.color = Qt::white;
     style.gradient = fill;
     drawLetteringCentred(painter, centre, name, style);
 }

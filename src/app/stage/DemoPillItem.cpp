@@ -35,6 +35,12 @@ LetteringStyle explanationStyle()
     return LetteringStyle::of(9.5, QFont::Medium, 0.6, kExplanationColor).withShadow(Qt::black, {-0.6, 0.8});
 }
 
+double explanationWidth()
+{
+    static const double width = letteringWidth(kExplanation, explanationStyle());
+    return width;
+}
+
 QRectF pillRect()
 {
     const QSizeF s = DemoPillItem::kPillSize;
@@ -73,7 +79,7 @@ QRectF DemoPillItem::boundingRect() const
     QRectF r = pillRect().adjusted(-16, -16, 16, 16);
     if (m_demo.active())
         r = r.united(QRectF(pillRect().left() + kExplanationOffset, -10,
-                            letteringWidth(kExplanation, explanationStyle()) + 4, 20));
+                            explanationWidth() + 4, 20));
     return r;
 }
 

@@ -115,16 +115,6 @@ QStringList VirtualMidiSystem::clientNames() const
     return names;
 }
 
-QStringList VirtualMidiSystem::portNames(MidiClientRef client) const
-{
-    QStringList names;
-    for (const auto& [ref, port] : m_ports) {
-        if (port.client == client)
-            names << port.name;
-    }
-    return names;
-}
-
 bool VirtualMidiSystem::isAttached(MidiEndpointRef source) const
 {
     return std::ranges::any_of(m_ports, [&](const auto& entry) {

@@ -59,7 +59,6 @@ public:
     void clearSent() { m_sent.clear(); }
 
     QStringList clientNames() const;
-    QStringList portNames(MidiClientRef client) const;
     bool isAttached(MidiEndpointRef source) const;
 
     // MidiSystem
