@@ -46,6 +46,40 @@ TEST_F(GainInference, EveryEqualReportInsideTheWindowCountsAsEcho)
     EXPECT_EQ(fine(), 1);
 }
 
+TEST_F(GainInference, AnEchoKeepsTheFinePositionAndDirection)
+{
+    engine->setGain(0, 10);
+    clock.advance(100ms);
+    reportGain(0, 9); // the unit's knob moved down meanwhile: top of step 9, falling
+    ASSERT_EQ(fine(), 2);
+
+    clock.advance(100ms);
+    reportGain(0, 10); // the late echo of the send
+    EXPECT_EQ(gain(), 10);
+    EXPECT_EQ(fine(), 2) << "an echo moves neither the fine position nor the direction";
+
+    clock.advance(500ms);
+    reportGain(0, 10); // a real detent, still falling
+    EXPECT_EQ(fine(), 1);
+}
+
+TEST_F(GainInference, AUnitThatWasUnpluggedStartsItsInferenceAfresh)
+{
+    reportGain(0, 10);
+    reportGain(0, 9); // falling
+    engine->setGain(0, 12);
+    midi.removeDevice(unit);
+    deliverPosted();
+    ASSERT_FALSE(engine->isConnected());
+    unit = midi.addDevice("Orvan");
+    deliverPosted();
+
+    clock.advance(100ms); // well inside the old send's echo window
+    reportGain(0, 12);
+    reportGain(0, 12);
+    EXPECT_EQ(fine(), 1) << "neither the old send nor the old direction survives an unplug";
+}
+
 TEST_F(GainInference, ADifferentValueInsideTheWindowIsARealReport)
 {
     engine->setGain(0, 12);
