@@ -1,4 +1,5 @@
 #include "ModelRig.h"
+#include "PresetPrinters.h"
 
 #include <gtest/gtest.h>
 

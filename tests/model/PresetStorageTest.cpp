@@ -1,4 +1,5 @@
 #include "Catalogue.h"
+#include "PresetPrinters.h"
 #include "PresetStorage.h"
 
 #include <QDir>
