@@ -301,8 +301,9 @@ std::optional<QByteArray> readRegularFile(const QString& path)
     if (!fd.isOpen() || ::fstat(fd.get(), &st) != 0 || !isBoundedRegularFile(st))
         return std::nullopt;
 
-    // Read one byte past the bound, so a file that grew since fstat() is noticed.
-    QByteArray bytes(qsizetype(kLargestFile) + 1, Qt::Uninitialized);
+    // One byte more than the file holds shows whether someone is writing it in place meanwhile
+    // (a save never does); such a file is not read.
+    QByteArray bytes(qsizetype(st.st_size) + 1, Qt::Uninitialized);
     qsizetype filled = 0;
     while (filled < bytes.size()) {
         const ssize_t n = ::read(fd.get(), bytes.data() + filled, size_t(bytes.size() - filled));
@@ -314,10 +315,9 @@ std::optional<QByteArray> readRegularFile(const QString& path)
             break;
         filled += n;
     }
-    if (filled > kLargestFile)
+    if (filled == bytes.size())
         return std::nullopt;
     bytes.truncate(filled);
-    bytes.squeeze();
     return bytes;
 }
 
