@@ -42,8 +42,9 @@ std::optional<Presets> decode(const QByteArray& bytes);
 enum class WriteStage { complete, stopBeforeRename };
 
 /// Removes the leftovers of interrupted saves of `path`, writes a locked temporary file beside it,
-/// flushes it to disk, renames it over `path` and syncs the folder so the rename survives a power
-/// cut. Returns whether the new bytes are in place.
+/// flushes it to disk, renames it over `path` (whatever the old file's mode; a symlink there is
+/// replaced, not followed) and syncs the folder so the rename survives a power cut. Returns whether
+/// the new bytes are in place.
 bool writeAtomically(const QString& path, const QByteArray& bytes, WriteStage stage = WriteStage::complete);
 
 } // namespace orvan::PresetStorage

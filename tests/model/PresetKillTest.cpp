@@ -23,6 +23,8 @@ constexpr int kMostSavesBeforeKill = 4;
 /// A random busy pause (no sleep) after the chosen save has begun, so kills land anywhere in it.
 constexpr int kMostSpinSteps = 400000;
 constexpr int kChildTimeoutMs = 10000;
+/// A save's temporary file is the preset file's name, a dot and six letters or digits.
+constexpr qsizetype kTempNameExtra = 7;
 
 int fromEnvironment(const char* name, int fallback)
 {
@@ -97,7 +99,7 @@ TEST(PresetKillTest, ASaveKilledAtAnyMomentLeavesOneWholeFileAndTheNextSaveClean
         newFileSeen += bytes == second ? 1 : 0;
         leftoversSeen += entries.isEmpty() ? 0 : 1;
         for (const QString& leftover : entries)
-            EXPECT_TRUE(leftover.startsWith(spec.presetFile + u'.') && leftover.size() == spec.presetFile.size() + 7) << leftover.toStdString();
+            EXPECT_TRUE(leftover.startsWith(spec.presetFile + u'.') && leftover.size() == spec.presetFile.size() + kTempNameExtra) << leftover.toStdString();
 
         // when: the next save
         PresetStorage::save(saveLoopList(false), spec);
