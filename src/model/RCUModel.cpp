@@ -8,6 +8,7 @@
 
 #include <QPointer>
 #include <algorithm>
+#include <utility>
 
 namespace orvan {
 
@@ -65,8 +66,11 @@ RCUModel::RCUModel(OrvanMIDI& midi, Scheduler& scheduler, QObject* parent)
     reloadPresets();
 
     // Both subscriptions end with this model (it is their context) and deliver the current value
-    // at once. The demo callback also reloads the presets once more when demo mode is off.
-    DemoMode::shared().subscribe(this, [this](bool active) { onDemo(active); });
+    // at once. That first "off" would only read the file just read again, so it is skipped.
+    DemoMode::shared().subscribe(this, [this, first = true](bool active) mutable {
+        if (!std::exchange(first, false) || active)
+            onDemo(active);
+    });
     QObject::connect(&m_midi, &OrvanMIDI::isConnectedChanged, this, &RCUModel::onConnection);
     onConnection(m_midi.isConnected());
 }
