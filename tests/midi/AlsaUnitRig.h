@@ -8,7 +8,6 @@ namespace orvan::test {
 /// named like the unit, one port), time stamps in microseconds.
 class AlsaUnitRig final : public UnitRig {
 public:
-    QString name() const override { return QStringLiteral("ALSA"); }
     std::unique_ptr<MidiSystem> createSystem() override;
     std::unique_ptr<SimulatedUnit> unit(const QString& displayName, QStringList options = {}) override;
 };

@@ -57,7 +57,6 @@ private:
 class UnitRig {
 public:
     virtual ~UnitRig() = default;
-    virtual QString name() const = 0;
     /// The app's side: the MIDI system the engines are built on.
     virtual std::unique_ptr<MidiSystem> createSystem() = 0;
     /// A unit under `displayName` (not yet plugged in), with further simulator options.

@@ -1,7 +1,6 @@
 #include "AlsaUnitSimulator.h"
 
 #include <QSocketNotifier>
-#include <cstdio>
 #include <poll.h>
 
 namespace orvan {
