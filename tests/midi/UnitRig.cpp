@@ -3,23 +3,29 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QRegularExpression>
+#include <QTimer>
 
 namespace orvan::test {
 
 namespace {
 
-constexpr int kEventWaitMilliseconds = 5;
+constexpr int kLongestSleepMilliseconds = 50;
 constexpr int kProcessEndMilliseconds = 10000;
 
 } // namespace
 
 bool waitFor(const std::function<bool()>& condition, std::chrono::milliseconds timeout)
 {
+    // Sleeps in the event loop between events instead of spinning: on the VM's one emulated CPU
+    // a spinning test would starve the unit simulator it waits for. The timer only bounds the
+    // sleep, so that the deadline is seen.
     QDeadlineTimer deadline(timeout);
+    QTimer wake;
+    wake.start(kLongestSleepMilliseconds);
     while (!condition()) {
         if (deadline.hasExpired())
             return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, kEventWaitMilliseconds);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;
 }
