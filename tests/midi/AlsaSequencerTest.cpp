@@ -5,19 +5,23 @@
 #include "OrvanMIDI.h"
 #include "midi/MidiBytes.h"
 #include "midi/alsa/AlsaMidiSystem.h"
+#include "UnitRig.h"
 #include "time/ManualClock.h"
 
 #include <QFile>
 #include <QTemporaryFile>
+#include <QTimer>
 #include <alsa/asoundlib.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 using namespace orvan;
+using orvan::test::waitFor;
 
 namespace {
 
 constexpr char kSequencer[] = "default";
+constexpr int kReportEveryMilliseconds = 20;
 constexpr unsigned kDuplex =
     SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE;
 
@@ -76,6 +80,17 @@ struct RawUnit {
         if (seq)
             snd_seq_close(seq);
         seq = nullptr;
+    }
+    /// Reports a Control Change on MIDI channel 1 to whoever listens.
+    void report(int controller, int value)
+    {
+        snd_seq_event_t event;
+        snd_seq_ev_clear(&event);
+        snd_seq_ev_set_source(&event, port);
+        snd_seq_ev_set_subs(&event);
+        snd_seq_ev_set_direct(&event);
+        snd_seq_ev_set_controller(&event, 0, controller, value);
+        snd_seq_event_output_direct(seq, &event);
     }
     /// The Control Changes received so far, as type-2 words.
     std::vector<quint32> received()
@@ -160,6 +175,35 @@ TEST(AlsaSequencer, AUnitVanishingBetweenAnyTwoCallsBreaksNothingAndTheNextOneWo
             EXPECT_EQ(unit.received(), (std::vector<quint32>{word, word}));
         }
     }
+}
+
+TEST(AlsaSequencer, AUnitReplacedBeforeTheEngineHearsOfItIsReachedAndHeard)
+{
+    // given the engine connected to a unit
+    DemoMode::shared().setActive(false);
+    AlsaMidiSystem system;
+    ManualClock clock;
+    OrvanMIDI engine(Catalogue::orvan(), system, clock);
+    auto first = std::make_unique<RawUnit>("Orvan");
+    ASSERT_TRUE(waitFor([&] { return engine.isConnected(); }));
+
+    // when it is replugged under the same name (most likely at the same sequencer address) with
+    // no chance for the engine to hear of it in between
+    first.reset();
+    RawUnit second("Orvan");
+    ASSERT_NE(second.seq, nullptr);
+
+    // then, once the engine has caught up, the new unit's reports reach the panel (it repeats
+    // its report until then)...
+    QTimer reporting;
+    QObject::connect(&reporting, &QTimer::timeout, [&] { second.report(16 * 3 + 7, 127); });
+    reporting.start(kReportEveryMilliseconds);
+    EXPECT_TRUE(waitFor([&] { return engine.channels()[3].mute; }));
+    reporting.stop();
+    // ...and the engine's messages reach the new unit
+    engine.setGain(0, 10);
+    EXPECT_TRUE(waitFor([&] { return second.received() == std::vector<quint32>{MidiBytes::controlChangeWord(0, 9, 10)}; }));
+    EXPECT_TRUE(engine.isConnected());
 }
 
 } // namespace
