@@ -1,24 +1,38 @@
-// orvan-unit-sim: one simulated unit on the running JACK server.
-//
-//   orvan-unit-sim --unit orvan|dunra|melko [--name NAME] [--turn CH:FROM_DB:TO_DB ...] [--detent-ms N]
-//
-// Prints "ready <client>" once its ports exist, then one line per received message:
-// "<JACK frame> <bytes in hex>". Ends on SIGINT or SIGTERM, or when the server goes away.
+// orvan-unit-sim: one simulated unit on the running JACK server, or on the ALSA sequencer.
+#include "AlsaUnitSimulator.h"
 #include "Catalogue.h"
 #include "KnobScript.h"
+#include "PlayLine.h"
 #include "UnitSimulator.h"
 #include "midi/MainThreadSignal.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QSocketNotifier>
 #include <csignal>
 #include <cstdio>
+#include <unistd.h>
 
 namespace {
 
 constexpr quint32 kDefaultDetentMilliseconds = 40;
 constexpr int kExitNoServer = 2;
 constexpr int kExitBadArguments = 3;
+constexpr std::size_t kReadChunk = 64 * 1024;
+
+const char kDescription[] =
+    "Stands in for one OrvanRCU unit, on JACK (the default) or on the ALSA sequencer (--alsa).\n"
+    "\n"
+    "Prints \"ready ...\" once its ports exist, then one line per message it receives:\n"
+    "\"<time stamp> <bytes in hex>\". On JACK the time stamp is the JACK frame at which the message\n"
+    "arrived; on ALSA it is microseconds of the simulator's own sequencer queue, stamped by the\n"
+    "kernel on arrival. Every Control Change is reported straight back, as the hardware does.\n"
+    "\n"
+    "On ALSA the unit is one client named like the unit, with one port, as a USB unit is; each\n"
+    "line on standard input, \"[+MICROSECONDS] HEX HEX ...\", is a MIDI byte stream the unit sends\n"
+    "(all at once, or one message every MICROSECONDS).\n"
+    "\n"
+    "Ends on SIGINT or SIGTERM, or when the JACK server goes away.";
 
 orvan::MainThreadSignal* quitSignal = nullptr;
 
@@ -28,13 +42,43 @@ void onTerminate(int)
         quitSignal->raise(); // one write(): safe in a signal handler
 }
 
+/// Hands every complete line of standard input to `onLine`; at its end, stops listening (a
+/// simulator started in the background keeps running).
+class StandardInputLines {
+public:
+    explicit StandardInputLines(std::function<void(const QString&)> onLine)
+        : m_notifier(STDIN_FILENO, QSocketNotifier::Read)
+        , m_onLine(std::move(onLine))
+    {
+        QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this] { read(); });
+    }
+
+private:
+    void read()
+    {
+        char chunk[kReadChunk];
+        const ssize_t got = ::read(STDIN_FILENO, chunk, sizeof chunk);
+        if (got <= 0) {
+            m_notifier.setEnabled(false);
+            return;
+        }
+        m_pending.append(chunk, got);
+        for (qsizetype end; (end = m_pending.indexOf('\n')) >= 0; m_pending.remove(0, end + 1))
+            m_onLine(QString::fromLatin1(m_pending.left(end)));
+    }
+
+    QSocketNotifier m_notifier;
+    std::function<void(const QString&)> m_onLine;
+    QByteArray m_pending;
+};
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Stands in for one OrvanRCU unit on JACK."));
+    parser.setApplicationDescription(QString::fromLatin1(kDescription));
     parser.addHelpOption();
     const QCommandLineOption unitOption(QStringLiteral("unit"), QStringLiteral("orvan, dunra or melko."),
                                         QStringLiteral("unit"), QStringLiteral("orvan"));
@@ -45,7 +89,8 @@ int main(int argc, char** argv)
                                         QStringLiteral("turn"));
     const QCommandLineOption detentOption(QStringLiteral("detent-ms"), QStringLiteral("Time between detents."),
                                           QStringLiteral("ms"), QString::number(kDefaultDetentMilliseconds));
-    parser.addOptions({unitOption, nameOption, turnOption, detentOption});
+    const QCommandLineOption alsaOption(QStringLiteral("alsa"), QStringLiteral("Be a unit on the ALSA sequencer."));
+    parser.addOptions({unitOption, nameOption, turnOption, detentOption, alsaOption});
     parser.process(app);
 
     QString displayName;
@@ -69,19 +114,36 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "unknown unit: %s\n", qPrintable(parser.value(unitOption)));
         return kExitBadArguments;
     }
+    const quint32 detent = parser.value(detentOption).toUInt();
 
     orvan::MainThreadSignal quit([] { QCoreApplication::quit(); });
     quitSignal = &quit;
     std::signal(SIGINT, onTerminate);
     std::signal(SIGTERM, onTerminate);
 
-    orvan::UnitSimulator simulator(displayName, std::move(script), parser.value(detentOption).toUInt());
-    simulator.onServerGone = [] { QCoreApplication::quit(); };
-    if (!simulator.start()) {
-        std::fprintf(stderr, "no JACK server\n");
-        return kExitNoServer;
+    int result = 0;
+    if (parser.isSet(alsaOption)) {
+        orvan::AlsaUnitSimulator simulator(displayName, std::move(script), detent);
+        if (!simulator.start()) {
+            std::fprintf(stderr, "no ALSA sequencer\n");
+            return kExitNoServer;
+        }
+        StandardInputLines input([&](const QString& line) {
+            if (const auto request = orvan::parsePlayLine(line))
+                simulator.play(request->bytes, request->spacing);
+            else if (!line.trimmed().isEmpty())
+                std::fprintf(stderr, "bad line: %s\n", qPrintable(line));
+        });
+        result = app.exec();
+    } else {
+        orvan::UnitSimulator simulator(displayName, std::move(script), detent);
+        simulator.onServerGone = [] { QCoreApplication::quit(); };
+        if (!simulator.start()) {
+            std::fprintf(stderr, "no JACK server\n");
+            return kExitNoServer;
+        }
+        result = app.exec();
     }
-    const int result = app.exec();
     quitSignal = nullptr;
     return result;
 }

@@ -2,6 +2,9 @@
 
 #include "../MidiBytes.h"
 
+#include <algorithm>
+#include <array>
+
 namespace orvan::AlsaEvents {
 
 namespace {
@@ -10,6 +13,11 @@ constexpr int kMaxDataByte = 0x7F;
 constexpr quint8 kControlChange = 0xB0;
 constexpr quint8 kKindMask = 0xF0;
 constexpr quint8 kChannelMask = 0x0F;
+
+constexpr std::array<snd_seq_event_type_t, 7> kWantedTypes{
+    SND_SEQ_EVENT_CONTROLLER,  SND_SEQ_EVENT_CLIENT_START, SND_SEQ_EVENT_CLIENT_EXIT,  SND_SEQ_EVENT_CLIENT_CHANGE,
+    SND_SEQ_EVENT_PORT_START, SND_SEQ_EVENT_PORT_EXIT,    SND_SEQ_EVENT_PORT_CHANGE,
+};
 
 } // namespace
 
@@ -25,17 +33,12 @@ std::optional<quint32> toUmpWord(const snd_seq_event_t& event)
 
 bool isSetupChange(const snd_seq_event_t& event)
 {
-    switch (event.type) {
-    case SND_SEQ_EVENT_CLIENT_START:
-    case SND_SEQ_EVENT_CLIENT_EXIT:
-    case SND_SEQ_EVENT_CLIENT_CHANGE:
-    case SND_SEQ_EVENT_PORT_START:
-    case SND_SEQ_EVENT_PORT_EXIT:
-    case SND_SEQ_EVENT_PORT_CHANGE:
-        return true;
-    default:
-        return false;
-    }
+    return event.type != SND_SEQ_EVENT_CONTROLLER && std::ranges::find(kWantedTypes, event.type) != kWantedTypes.end();
+}
+
+std::span<const snd_seq_event_type_t> wantedTypes()
+{
+    return kWantedTypes;
 }
 
 std::optional<snd_seq_event_t> fromUmpWord(quint32 word)

@@ -21,6 +21,9 @@ constexpr int kNoPort = -1;
 
 // Endpoint refs pack the sequencer address; +1 keeps 0 meaning "none".
 constexpr int kPortBits = 8;
+// The ALSA library reports its errors on standard error unless given a handler; ours stay silent.
+void silent(const char*, int, const char*, int, const char*, ...) {}
+
 constexpr MidiEndpointRef endpointRef(int client, int port)
 {
     return (MidiEndpointRef(client) << kPortBits | MidiEndpointRef(port)) + 1;
@@ -49,7 +52,10 @@ struct AlsaMidiSystem::Client {
     std::vector<quint32> words; // reused between reads
 };
 
-AlsaMidiSystem::AlsaMidiSystem() = default;
+AlsaMidiSystem::AlsaMidiSystem()
+{
+    snd_lib_error_set_handler(silent);
+}
 
 AlsaMidiSystem::~AlsaMidiSystem()
 {
@@ -87,6 +93,8 @@ void AlsaMidiSystem::open(Client& c)
     snd_seq_set_client_name(c.seq, c.name.toUtf8().constData());
     snd_seq_set_client_pool_input(c.seq, kInputPoolEvents);
     snd_seq_set_input_buffer_size(c.seq, kInputBufferBytes);
+    for (const snd_seq_event_type_t type : AlsaEvents::wantedTypes())
+        snd_seq_set_client_event_filter(c.seq, type);
 
     const int count = snd_seq_poll_descriptors_count(c.seq, POLLIN);
     std::vector<pollfd> fds(std::size_t(std::max(count, 0)));

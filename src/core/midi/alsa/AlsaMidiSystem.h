@@ -15,7 +15,8 @@ namespace orvan {
 /// System Announce port, subscribed to "In": each client or port start, exit or change read in
 /// one pass becomes one setup-changed notification. The sequencer's poll descriptors are watched
 /// by QSocketNotifiers, so everything, callbacks included, runs on the main thread; no thread,
-/// no timer.
+/// no timer. The kernel hands our clients Control Changes and setup changes only, and the ALSA
+/// library's error messages go nowhere.
 ///
 /// A client asked for while the sequencer is missing (no /dev/snd/seq) is remembered and opened by
 /// the next enumeration that finds the sequencer there; until then it costs one stat().
