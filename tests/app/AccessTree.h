@@ -25,7 +25,7 @@ struct AccessTree {
         return nullptr;
     }
 
-    /// The control of `groupName` called `name` (for a label: whose description is `name`).
+    /// The control of `groupName` (empty: the window itself) called `name`; a label is called by its text.
     QAccessibleInterface* control(const QString& groupName, const QString& name) const
     {
         QAccessibleInterface* panel = groupName.isEmpty() ? window : group(groupName);
@@ -50,5 +50,14 @@ struct AccessTree {
 
     QAccessibleInterface* window;
 };
+
+/// (controller, value) of every message sent to `unit`, in order.
+inline std::vector<std::pair<int, int>> sent(const StageRig& rig, const QString& unit)
+{
+    std::vector<std::pair<int, int>> messages;
+    for (const auto& m : rig.sentTo(unit))
+        messages.emplace_back(m.controller(), m.value());
+    return messages;
+}
 
 } // namespace orvan::test

@@ -33,14 +33,6 @@ void tabTo(StageRig& rig, const AccessTree& tree, const QString& path)
     ASSERT_EQ(tree.focusPath(), path);
 }
 
-std::vector<std::pair<int, int>> sent(const StageRig& rig, const QString& unit)
-{
-    std::vector<std::pair<int, int>> messages;
-    for (const auto& m : rig.sentTo(unit))
-        messages.emplace_back(m.controller(), m.value());
-    return messages;
-}
-
 void clickButton(QMessageBox* box, const QString& text)
 {
     for (QAbstractButton* button : box->buttons()) {

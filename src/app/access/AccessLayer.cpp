@@ -19,7 +19,7 @@
 
 namespace orvan {
 
-AccessLayer::AccessLayer(StageScene& stage, QWidget& window)
+AccessLayer::AccessLayer(StageScene& stage, QGraphicsView& window)
     : QObject(&window)
     , m_window(window)
     , m_demoPill(demoPillAccess(*stage.demoPill()))
@@ -126,10 +126,9 @@ QAccessibleInterface* AccessLayer::interfaceFor(const AccessControl* control) co
 
 QRect AccessLayer::screenRect(const QGraphicsItem* item) const
 {
-    auto* view = static_cast<QGraphicsView*>(&m_window);
     const QRectF scene = item->sceneTransform().map(item->shape()).boundingRect();
-    const QRect inViewport = view->mapFromScene(scene).boundingRect();
-    return QRect(view->viewport()->mapToGlobal(inViewport.topLeft()), inViewport.size());
+    const QRect inViewport = m_window.mapFromScene(scene).boundingRect();
+    return QRect(m_window.viewport()->mapToGlobal(inViewport.topLeft()), inViewport.size());
 }
 
 void AccessLayer::scheduleRefresh()

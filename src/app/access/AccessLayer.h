@@ -7,7 +7,7 @@
 #include <memory>
 
 class QAccessibleInterface;
-class QWidget;
+class QGraphicsView;
 
 namespace orvan {
 
@@ -25,13 +25,13 @@ class AccessLayer final : public QObject {
     Q_OBJECT
 
 public:
-    AccessLayer(StageScene& stage, QWidget& window);
+    AccessLayer(StageScene& stage, QGraphicsView& window);
     ~AccessLayer() override;
 
     /// Lets Qt ask us for the window's accessible interface; call before the window exists.
     static void installFactory();
 
-    QWidget& window() const { return m_window; }
+    QGraphicsView& window() const { return m_window; }
     KeyboardFocus& keyboard() const { return *m_keyboard; }
     const AccessControl* focused() const;
     void setFocused(const AccessControl* control);
@@ -61,7 +61,7 @@ private:
     void announceFocus(const AccessControl* control);
     Seen look(const ControlAccessible& control) const;
 
-    QWidget& m_window;
+    QGraphicsView& m_window;
     std::vector<PanelAccess> m_panels;
     AccessControl m_demoPill;
     KeyboardFocus* m_keyboard;

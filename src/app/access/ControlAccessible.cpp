@@ -6,7 +6,7 @@
 #include "OrvanMIDI.h"
 
 #include <QGraphicsItem>
-#include <QWidget>
+#include <QGraphicsView>
 #include <QWindow>
 
 namespace orvan {

@@ -4,7 +4,7 @@
 #include "ControlAccessible.h"
 #include "OrvanMIDI.h"
 
-#include <QWidget>
+#include <QGraphicsView>
 #include <algorithm>
 
 namespace orvan {
