@@ -2,6 +2,10 @@
 
 #include "ControlChange.h"
 #include "dialogs/ConfirmationDialogs.h"
+#include "panels/ChannelColumn.h"
+#include "panels/OrvanPanelItem.h"
+#include "items/GlossButtonItem.h"
+#include "stage/StageScene.h"
 
 #include <QAbstractButton>
 #include <QPushButton>
@@ -176,6 +180,30 @@ TEST_F(Keyboard, WithNoGainControlFocusedTheArrowsKeepTheStageRule)
     press(rig.window(), Qt::Key_Up);
     using Sent = std::vector<std::pair<int, int>>;
     EXPECT_EQ(sent(rig, "Orvan"), (Sent{{controller(0, gainOffset), 11}, {controller(0, gainOffset), 12}}));
+}
+
+TEST_F(Keyboard, AMousePressLeavesTheControlsToTheMouse)
+{
+    StageRig rig({"Orvan"});
+    AccessTree tree(rig);
+    rig.report("Orvan", controller(0, gainOffset), 10);
+    rig.report("Orvan", controller(2, gainOffset), 10);
+    tabTo(rig, tree, "Orvan/Channel 3 gain");
+
+    rig.click(StageRig::at(rig.shell->stage().orvanPanel()->columns()[0]->selectButton()));
+    press(rig.window(), Qt::Key_Up);
+
+    EXPECT_EQ(tree.focusPath(), "");
+    using Sent = std::vector<std::pair<int, int>>;
+    EXPECT_EQ(sent(rig, "Orvan"), (Sent{{controller(0, gainOffset), 11}})) << "the stage rule: channel 1, selected";
+}
+
+TEST_F(Keyboard, TabSkipsTheDemoPillWhileAUnitIsAttached)
+{
+    StageRig rig({"Dunra"});
+    AccessTree tree(rig);
+    press(rig.window(), Qt::Key_Tab, Qt::ShiftModifier);
+    EXPECT_EQ(tree.focusPath(), "Melko/Gain knob");
 }
 
 TEST_F(Keyboard, NoKeyOnTheListenOnlyPanelSendsAnything)

@@ -6,19 +6,22 @@
 #include <QGraphicsScene>
 #include <QKeyEvent>
 #include <QShortcut>
-#include <QWidget>
+#include <QAbstractScrollArea>
 #include <algorithm>
 
 namespace orvan {
 
-KeyboardFocus::KeyboardFocus(QWidget& window, QGraphicsScene& scene, std::vector<const AccessControl*> order)
+KeyboardFocus::KeyboardFocus(QAbstractScrollArea& window, QGraphicsScene& scene,
+                             std::vector<const AccessControl*> order)
     : QObject(&window)
+    , m_viewport(window.viewport())
     , m_order(std::move(order))
     , m_ring(new FocusRingItem)
 {
     std::erase_if(m_order, [](const AccessControl* control) { return !control->isFocusable(); });
     scene.addItem(m_ring);
     window.installEventFilter(this);
+    window.viewport()->installEventFilter(this);
 
     // Application-wide, so it also works while a dialog has the keyboard.
     auto* quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), &window);
@@ -63,13 +66,19 @@ bool KeyboardFocus::step(int steps)
     return true;
 }
 
-bool KeyboardFocus::eventFilter(QObject*, QEvent* event)
+bool KeyboardFocus::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() != QEvent::KeyPress)
+    if (watched == m_viewport && event->type() == QEvent::MouseButtonPress)
+        setFocused(nullptr); // and the press goes on to the panels
+    if (watched == m_viewport || event->type() != QEvent::KeyPress)
         return false;
-    const auto* key = static_cast<QKeyEvent*>(event);
-    const bool shift = key->modifiers() & Qt::ShiftModifier;
-    switch (key->key()) {
+    return keyPressed(*static_cast<QKeyEvent*>(event));
+}
+
+bool KeyboardFocus::keyPressed(const QKeyEvent& key)
+{
+    const bool shift = key.modifiers() & Qt::ShiftModifier;
+    switch (key.key()) {
     case Qt::Key_Tab:
         move(shift ? -1 : 1);
         return true;
@@ -82,7 +91,7 @@ bool KeyboardFocus::eventFilter(QObject*, QEvent* event)
         // A held key presses once: a lamp must not flicker on and off.
         if (!m_focused || !m_focused->press)
             return false;
-        if (!key->isAutoRepeat())
+        if (!key.isAutoRepeat())
             m_focused->press();
         return true;
     case Qt::Key_Up:

@@ -5,7 +5,8 @@
 #include <QObject>
 
 class QGraphicsScene;
-class QWidget;
+class QKeyEvent;
+class QAbstractScrollArea;
 
 namespace orvan {
 
@@ -15,12 +16,13 @@ class FocusRingItem;
 /// the controls in reading order (wrapping around), Space and Return press the focused control,
 /// Up and Down step a focused gain control by one step and Page Up and Page Down by several,
 /// Escape leaves the controls. Arrow keys with no gain control focused are left to the window
-/// (the stage's own gain rule). Ctrl+Q quits from anywhere in the application.
+/// (the stage's own gain rule). A mouse press leaves the controls too: the ring belongs to the
+/// keyboard. Ctrl+Q quits from anywhere in the application.
 class KeyboardFocus final : public QObject {
     Q_OBJECT
 
 public:
-    KeyboardFocus(QWidget& window, QGraphicsScene& scene, std::vector<const AccessControl*> order);
+    KeyboardFocus(QAbstractScrollArea& window, QGraphicsScene& scene, std::vector<const AccessControl*> order);
 
     const AccessControl* focused() const { return m_focused; }
     /// Focuses `control` (nullptr: none) and rings it.
@@ -39,6 +41,9 @@ protected:
 private:
     void move(int direction);
     bool step(int steps);
+    bool keyPressed(const QKeyEvent& key);
+
+    QObject* m_viewport;
 
     std::vector<const AccessControl*> m_order;
     const AccessControl* m_focused = nullptr;
