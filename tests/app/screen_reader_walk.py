@@ -3,7 +3,9 @@
 
 Usage: screen_reader_walk.py <path to orvanrcu>   (inside with_atspi.sh)
 Prints how many named, focusable, actionable objects a screen reader finds, checks a few of them
-by name and role, and exits 1 if the window does not read as it should, 77 if pyatspi is missing.
+by name and role, toggles a +48V lamp the way a screen reader user does and expects the
+confirmation instead of phantom power. Exits 1 if the window does not read or act as it should,
+77 if pyatspi is missing.
 """
 import subprocess
 import sys
@@ -27,14 +29,14 @@ def find_app():
     return None
 
 
-def wait_for_app():
-    """Runs the AT-SPI event loop until the app's window is on the accessibility bus."""
+def wait_for(find):
+    """Runs the AT-SPI event loop until `find()` finds something, and returns it (or None)."""
     found = []
 
     def check(_event=None):
-        app = find_app()
-        if app is not None and not found:
-            found.append(app)
+        result = find()
+        if result is not None and not found:
+            found.append(result)
             pyatspi.Registry.stop()
         return False
 
@@ -43,6 +45,8 @@ def wait_for_app():
     GLib.idle_add(check)
     GLib.timeout_add_seconds(GUARD_SECONDS, lambda: pyatspi.Registry.stop())
     pyatspi.Registry.start()
+    for kind in ("object:children-changed", "window:create", "window:activate", "focus:"):
+        pyatspi.Registry.deregisterEventListener(check, kind)
     return found[0] if found else None
 
 
@@ -63,7 +67,7 @@ def is_actionable(node):
 def main():
     app_process = subprocess.Popen([sys.argv[1], "--demo"])
     try:
-        app = wait_for_app()
+        app = wait_for(find_app)
         if app is None:
             print("the app never appeared on the accessibility bus", file=sys.stderr)
             return 1
@@ -88,6 +92,13 @@ def main():
         gain = control("Dunra", "Channel 1 gain")
         if gain is not None and gain.queryValue().currentValue <= 0:
             failures.append("the Dunra's demo gain reads as no value")
+        lamp = control("Orvan", "Channel 1 48V")
+        lamp.queryAction().doAction(0)
+        confirm = wait_for(lambda: next((n for n, _ in walk(app) if n.name == "Turn on +48V"), None))
+        if confirm is None:
+            failures.append("toggling +48V showed no confirmation")
+        if lamp.getState().contains(pyatspi.STATE_CHECKED):
+            failures.append("+48V went on without confirmation")
         for failure in failures:
             print(failure, file=sys.stderr)
         return 1 if failures else 0
