@@ -2,11 +2,11 @@
 
 #include "FocusRingItem.h"
 
+#include <QAbstractScrollArea>
 #include <QCoreApplication>
 #include <QGraphicsScene>
 #include <QKeyEvent>
 #include <QShortcut>
-#include <QAbstractScrollArea>
 #include <algorithm>
 
 namespace orvan {
@@ -23,9 +23,8 @@ KeyboardFocus::KeyboardFocus(QAbstractScrollArea& window, QGraphicsScene& scene,
     window.installEventFilter(this);
     window.viewport()->installEventFilter(this);
 
-    // Application-wide, so it also works while a dialog has the keyboard.
+    // While a dialog is open it holds the keyboard: Escape closes it first, as Cancel.
     auto* quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), &window);
-    quit->setContext(Qt::ApplicationShortcut);
     connect(quit, &QShortcut::activated, qApp, &QCoreApplication::quit);
 }
 

@@ -17,7 +17,7 @@ class FocusRingItem;
 /// Up and Down step a focused gain control by one step and Page Up and Page Down by several,
 /// Escape leaves the controls. Arrow keys with no gain control focused are left to the window
 /// (the stage's own gain rule). A mouse press leaves the controls too: the ring belongs to the
-/// keyboard. Ctrl+Q quits from anywhere in the application.
+/// keyboard. Ctrl+Q quits.
 class KeyboardFocus final : public QObject {
     Q_OBJECT
 
