@@ -2,6 +2,7 @@
 
 #include "OrvanRCUApp.h"
 #include "WheelEventFilter.h"
+#include "access/AccessLayer.h"
 #include "dialogs/ConfirmationDialogs.h"
 #include "stage/StageScene.h"
 #include "stage/StageWindow.h"
@@ -24,6 +25,7 @@ ApplicationShell::ApplicationShell(OrvanRCUApp& app)
     // they need about 40 MB; with Qt's default 10 MB they would evict each other every frame.
     QPixmapCache::setCacheLimit(kPixmapCacheKilobytes);
     m_window->setArrowStepHandler([this](int steps) { m_stage->adjustFocused(steps); });
+    new AccessLayer(*m_stage, *m_window); // the window owns it
     // The stage shows the Orvan's dialogs; the Dunra panel has its own, with its own wording.
     m_orvanDialogs = new ConfirmationDialogs(app.orvanModel(), DialogTexts::orvan(), m_window.get());
     m_dunraDialogs = new ConfirmationDialogs(app.dunraModel(), DialogTexts::dunra(), m_window.get());

@@ -2,6 +2,7 @@
 #include "HostMidi.h"
 #include "IconRenderer.h"
 #include "LaunchOptions.h"
+#include "access/AccessLayer.h"
 #include "OrvanRCUApp.h"
 #include "time/SystemClock.h"
 
@@ -38,6 +39,8 @@ int main(int argc, char** argv)
     }
 
     QApplication application(argc, argv);
+    // Before any window exists, so that a screen reader's first look already sees the panels.
+    orvan::AccessLayer::installFactory();
     QApplication::setApplicationName(QStringLiteral("OrvanRCU"));
     QApplication::setDesktopFileName(QStringLiteral("org.orvanrcu.OrvanRCU"));
 

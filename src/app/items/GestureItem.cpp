@@ -46,7 +46,13 @@ void GestureItem::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
 {
     m_drag.move(event->pos());
     const bool dragged = m_drag.release();
-    if (!dragged && m_onClick)
+    if (!dragged)
+        activate();
+}
+
+void GestureItem::activate()
+{
+    if (m_onClick)
         m_onClick();
 }
 

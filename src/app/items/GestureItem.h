@@ -25,6 +25,12 @@ public:
     void setShapeIsEllipse(bool ellipse) { m_ellipse = ellipse; }
     const QRectF& hitRect() const { return m_hitRect; }
 
+    /// What a click does, for the keyboard and screen readers; nothing without `onClick`.
+    bool hasClick() const { return bool(m_onClick); }
+    void activate();
+    /// Gain steps as a drag or scroll gives them.
+    void step(int steps) { m_onSteps(steps); }
+
 protected:
     void mousePressEvent(QGraphicsSceneMouseEvent* event) override;
     void mouseMoveEvent(QGraphicsSceneMouseEvent* event) override;

@@ -40,7 +40,13 @@ void PushItem::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
 {
     const bool clicked = m_pressed && faceRect().contains(event->pos());
     setPressed(false);
-    if (clicked && m_action)
+    if (clicked)
+        activate();
+}
+
+void PushItem::activate()
+{
+    if (m_action)
         m_action();
 }
 

@@ -18,6 +18,8 @@ public:
     QPainterPath shape() const override;
     QSizeF size() const { return m_size; }
     bool isPressed() const { return m_pressed; }
+    /// Runs the button's action, as a click does (the keyboard and screen readers press this way).
+    void activate();
 
     /// Where the face is drawn: centred on the item's origin.
     QRectF faceRect() const { return {-m_size.width() / 2, -m_size.height() / 2, m_size.width(), m_size.height()}; }

@@ -187,7 +187,12 @@ void DemoPillItem::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
     m_pressed = false;
     update();
     if (clicked)
-        m_demo.setActive(!m_demo.active());
+        activate();
+}
+
+void DemoPillItem::activate()
+{
+    m_demo.setActive(!m_demo.active());
 }
 
 } // namespace orvan

@@ -19,6 +19,9 @@ public:
     QPainterPath shape() const override;
     void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override;
 
+    /// Switches demo mode, as a click does.
+    void activate();
+
     static constexpr QSizeF kPillSize{108, 26};
     static constexpr double kExplanationOffset = 124;
 

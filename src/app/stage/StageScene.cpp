@@ -34,10 +34,12 @@ StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
     auto* dunra = new DunraPanelItem(m_dunra);
     dunra->setPos(kDunraAt);
     addItem(dunra);
+    m_dunraPanel = dunra;
 
     auto* orvan = new OrvanPanelItem(m_orvan);
     orvan->setPos(kOrvanAt);
     addItem(orvan);
+    m_orvanPanel = orvan;
     auto* orvanReflection = new ReflectionItem([this] { return new OrvanPanelItem(m_orvan); }, kOrvanPlate);
     orvanReflection->setPos(kOrvanReflectionAt);
     addItem(orvanReflection);
@@ -45,6 +47,7 @@ StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
     auto* melko = new MelkoPanelItem(m_melko);
     melko->setPos(kMelkoAt);
     addItem(melko);
+    m_melkoPanel = melko;
     auto* melkoReflection = new ReflectionItem([this] { return new MelkoPanelItem(m_melko); }, kMelkoPlate);
     melkoReflection->setPos(kMelkoReflectionAt);
     addItem(melkoReflection);

@@ -5,6 +5,9 @@
 namespace orvan {
 
 class DemoPillItem;
+class DunraPanelItem;
+class MelkoPanelItem;
+class OrvanPanelItem;
 class OrvanRCUApp;
 class RCUModel;
 
@@ -18,6 +21,9 @@ public:
     void adjustFocused(int steps);
 
     DemoPillItem* demoPill() const { return m_demoPill; }
+    OrvanPanelItem* orvanPanel() const { return m_orvanPanel; }
+    DunraPanelItem* dunraPanel() const { return m_dunraPanel; }
+    MelkoPanelItem* melkoPanel() const { return m_melkoPanel; }
 
 protected:
     void drawBackground(QPainter* painter, const QRectF& rect) override;
@@ -27,6 +33,9 @@ private:
     RCUModel& m_dunra;
     RCUModel& m_melko;
     DemoPillItem* m_demoPill = nullptr;
+    OrvanPanelItem* m_orvanPanel = nullptr;
+    DunraPanelItem* m_dunraPanel = nullptr;
+    MelkoPanelItem* m_melkoPanel = nullptr;
 };
 
 } // namespace orvan

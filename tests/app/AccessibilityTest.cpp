@@ -1,0 +1,175 @@
+#include "AccessTree.h"
+
+#include "ControlChange.h"
+#include "dialogs/ConfirmationDialogs.h"
+
+#include <QAccessibleActionInterface>
+#include <set>
+
+using namespace orvan;
+using namespace orvan::test;
+using namespace orvan::ControlChange;
+
+namespace {
+
+class Accessibility : public ::testing::Test {};
+
+void act(QAccessibleInterface* control, const QString& action)
+{
+    ASSERT_NE(control, nullptr);
+    QAccessibleActionInterface* actions = control->actionInterface();
+    ASSERT_NE(actions, nullptr) << control->text(QAccessible::Name).toStdString();
+    ASSERT_TRUE(actions->actionNames().contains(action)) << control->text(QAccessible::Name).toStdString();
+    actions->doAction(action);
+    QApplication::processEvents();
+}
+
+} // namespace
+
+TEST_F(Accessibility, TheWindowShowsThePanelsAsGroupsInReadingOrderThenTheDemoPill)
+{
+    StageRig rig({"Orvan"});
+    AccessTree tree(rig);
+
+    ASSERT_EQ(tree.window->childCount(), 4);
+    const QStringList names{"Dunra", "Orvan", "Melko", "Demo mode"};
+    for (int i = 0; i < names.size(); ++i)
+        EXPECT_EQ(tree.window->child(i)->text(QAccessible::Name), names[i]);
+    EXPECT_EQ(tree.group("Orvan")->text(QAccessible::Description), "Orvan found");
+    EXPECT_EQ(tree.group("Dunra")->text(QAccessible::Description), "Dunra not found");
+    EXPECT_EQ(tree.group("Orvan")->childCount(), 70);
+    EXPECT_EQ(tree.group("Dunra")->childCount(), 25);
+    EXPECT_EQ(tree.group("Melko")->childCount(), 13);
+}
+
+TEST_F(Accessibility, EveryControlIsFoundByNameWithItsRoleAndTooltip)
+{
+    StageRig rig({"Orvan"});
+    AccessTree tree(rig);
+    struct Row {
+        const char* group;
+        const char* name;
+        QAccessible::Role role;
+        const char* description;
+    };
+    const Row rows[] = {
+        {"Orvan", "Power", QAccessible::PushButton, "Reset all channels: 18 dB, +48V, pad, polarity and mute off"},
+        {"Orvan", "Channel 2 48V", QAccessible::CheckBox, "Toggle 48V on channel 2"},
+        {"Orvan", "Channel 8 mute", QAccessible::CheckBox, "Toggle MUTE on channel 8"},
+        {"Orvan", "Channel 3 gain", QAccessible::Slider, "Drag up or down, or scroll, to change channel 3 gain"},
+        {"Orvan", "Select channel 5", QAccessible::PushButton, "Select channel 5"},
+        {"Orvan", "Pad on selected channels", QAccessible::PushButton, "Applies to the selected channels"},
+        {"Orvan", "Recall preset", QAccessible::PushButton, ""},
+        {"Orvan", "Gain knob", QAccessible::Dial, ""},
+        {"Dunra", "Power", QAccessible::PushButton, "Dunra not found. Click to look again."},
+        {"Dunra", "Channel 2 DI", QAccessible::CheckBox, "Toggle DI on channel 2"},
+        {"Dunra", "Channel 1 gain", QAccessible::Slider,
+         "Click to select channel 1. Drag or scroll to change its gain."},
+        {"Dunra", "Select all or clear", QAccessible::PushButton, ""},
+        {"Melko", "Gain", QAccessible::Slider, "Drag or scroll to change gain"},
+        {"Melko", "48V", QAccessible::CheckBox, "Toggle 48V"},
+        {"Melko", "Gain knob", QAccessible::Dial, "Turn or scroll to change gain"},
+        {"", "Demo mode", QAccessible::PushButton, "Try the app with sample settings. Nothing is sent to any unit."},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.group) + "/" + row.name);
+        QAccessibleInterface* control = tree.control(row.group, row.name);
+        ASSERT_NE(control, nullptr);
+        EXPECT_EQ(control->role(), row.role);
+        EXPECT_EQ(control->text(QAccessible::Description), row.description);
+        EXPECT_TRUE(control->state().focusable);
+        EXPECT_TRUE(tree.window->rect().contains(control->rect())) << "on screen, inside the window";
+    }
+}
+
+TEST_F(Accessibility, EveryPanelNamesEachControlOnceAndLetsEveryFocusableOneAct)
+{
+    StageRig rig;
+    AccessTree tree(rig);
+    for (const char* name : {"Orvan", "Dunra", "Melko"}) {
+        QAccessibleInterface* group = tree.group(name);
+        std::set<QString> seen;
+        for (int i = 0; i < group->childCount(); ++i) {
+            QAccessibleInterface* control = group->child(i);
+            const QString controlName = control->text(QAccessible::Name);
+            EXPECT_FALSE(controlName.isEmpty()) << name << " control " << i;
+            EXPECT_TRUE(seen.insert(controlName).second) << name << " names twice: " << controlName.toStdString();
+            EXPECT_EQ(control->parent(), group);
+            EXPECT_EQ(group->indexOfChild(control), i);
+            if (control->state().focusable) {
+                EXPECT_NE(control->actionInterface(), nullptr) << controlName.toStdString();
+            }
+        }
+    }
+}
+
+TEST_F(Accessibility, ValuesAndStatesFollowWhatTheUnitReports)
+{
+    StageRig rig({"Orvan"});
+    AccessTree tree(rig);
+    QAccessibleInterface* gain = tree.control("Orvan", "Channel 2 gain");
+    QAccessibleInterface* phantom = tree.control("Orvan", "Channel 2 48V");
+    ASSERT_NE(gain, nullptr);
+    ASSERT_NE(phantom, nullptr);
+    EXPECT_EQ(gain->text(QAccessible::Value), "unknown");
+    EXPECT_FALSE(gain->valueInterface()->currentValue().isValid());
+
+    rig.report("Orvan", controller(1, gainOffset), 8);
+    rig.report("Orvan", controller(1, phantomOffset), kSwitchOnValue);
+
+    EXPECT_EQ(gain->text(QAccessible::Value), "24 dB");
+    EXPECT_EQ(gain->valueInterface()->currentValue().toInt(), 24);
+    EXPECT_EQ(gain->valueInterface()->minimumValue().toInt(), 18);
+    EXPECT_EQ(gain->valueInterface()->maximumValue().toInt(), 70);
+    EXPECT_EQ(gain->valueInterface()->minimumStepSize().toInt(), 3);
+    EXPECT_TRUE(phantom->state().checked);
+    EXPECT_FALSE(tree.control("Orvan", "Channel 1 48V")->state().checked);
+}
+
+TEST_F(Accessibility, TheStatusDisplayAndTheKnobFollowTheSelection)
+{
+    StageRig rig({"Orvan"});
+    AccessTree tree(rig);
+    QAccessibleInterface* knob = tree.control("Orvan", "Gain knob");
+    EXPECT_EQ(knob->text(QAccessible::Value), "no channel selected");
+    const auto [before, prompt] = rig.orvan().lcdLines();
+
+    rig.report("Orvan", controller(2, gainOffset), 10);
+    act(tree.control("Orvan", "Select channel 3"), QAccessibleActionInterface::toggleAction());
+
+    EXPECT_EQ(rig.orvan().selected(), QList<int>{2});
+    EXPECT_TRUE(tree.control("Orvan", "Select channel 3")->state().checked);
+    EXPECT_TRUE(tree.control("Orvan", "Channel 3 gain")->state().selected);
+    EXPECT_EQ(knob->text(QAccessible::Value), "30 dB");
+    const auto [first, second] = rig.orvan().lcdLines();
+    EXPECT_NE(second, prompt);
+    QAccessibleInterface* status = tree.control("Orvan", first + ", " + second);
+    ASSERT_NE(status, nullptr) << "the status display reads as its two lines";
+    EXPECT_EQ(status->role(), QAccessible::StaticText);
+    EXPECT_EQ(status->text(QAccessible::Description), "Orvan status display");
+}
+
+TEST_F(Accessibility, ActionsSendWhatAClickSendsAndPhantomPowerAsksFirst)
+{
+    StageRig rig({"Orvan"});
+    AccessTree tree(rig);
+    rig.report("Orvan", controller(0, gainOffset), 8);
+
+    act(tree.control("Orvan", "Channel 1 pad"), QAccessibleActionInterface::toggleAction());
+    act(tree.control("Orvan", "Channel 1 gain"), QAccessibleActionInterface::increaseAction());
+    tree.control("Orvan", "Channel 1 gain")->valueInterface()->setCurrentValue(33);
+    using Sent = std::vector<std::pair<int, int>>;
+    EXPECT_EQ(sent(rig, "Orvan"), (Sent{{controller(0, padOffset), kSwitchOnValue},
+                                        {controller(0, gainOffset), 9},
+                                        {controller(0, gainOffset), 11}}));
+
+    rig.midi->clearSent();
+    act(tree.control("Orvan", "Channel 4 48V"), QAccessibleActionInterface::toggleAction());
+    EXPECT_EQ(rig.orvan().pendingPhantom(), QList<int>{3});
+    EXPECT_TRUE(rig.shell->orvanDialogs().phantomDialog()->isVisible());
+    EXPECT_TRUE(sent(rig, "Orvan").empty()) << "+48V waits for the confirmation";
+
+    act(tree.control("Orvan", "Power"), QAccessibleActionInterface::pressAction());
+    EXPECT_TRUE(rig.orvan().pendingReset()) << "POWER asks before resetting";
+    EXPECT_TRUE(sent(rig, "Orvan").empty());
+}
