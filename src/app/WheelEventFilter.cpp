@@ -7,10 +7,6 @@
 
 namespace orvan {
 
-namespace {
-constexpr double kAngleDeltaPerLine = 120.0;
-}
-
 void WheelEventFilter::install()
 {
     static WheelEventFilter* filter = nullptr;
@@ -28,7 +24,8 @@ ScrollEvent WheelEventFilter::toScrollEvent(const QWheelEvent& event)
         scroll.precise = true;
         scroll.deltaY = event.pixelDelta().y();
     } else {
-        scroll.deltaY = event.angleDelta().y() / kAngleDeltaPerLine;
+        // A partial notch gives 0, which the accumulator turns into no step.
+        scroll.deltaY = m_notches.add(event.angleDelta().y());
     }
     return scroll;
 }
@@ -38,9 +35,13 @@ bool WheelEventFilter::eventFilter(QObject* watched, QEvent* event)
     // Route at widget level: the window's own copy of the event comes first and is translated into
     // the widget's; consuming the widget's copy stops both delivery and propagation to parents.
     if (event->type() == QEvent::Wheel && watched->isWidgetType()) {
-        auto* wheel = static_cast<QWheelEvent*>(event);
-        if (ScrollRouter::shared().route(toScrollEvent(*wheel)))
+        // Only events a control takes count towards a notch: one that nobody owns is delivered to
+        // the widget and then to each of its parents, and must not be counted each time.
+        ScrollRouter& router = ScrollRouter::shared();
+        if (router.hasOwner()) {
+            router.route(toScrollEvent(*static_cast<QWheelEvent*>(event)));
             return true;
+        }
     }
     return QObject::eventFilter(watched, event);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "WheelNotches.h"
+
 #include <QObject>
 
 class QWheelEvent;
@@ -16,15 +18,17 @@ public:
     /// Installs the filter on the application once; later calls do nothing.
     static void install();
 
-    /// Qt's wheel event in the router's terms: a pixel delta is precise (points), an angle delta
-    /// counts lines (120 eighths of a degree make one line).
-    static ScrollEvent toScrollEvent(const QWheelEvent& event);
+    /// Qt's wheel event in the router's terms: a pixel delta is precise (points); an angle delta
+    /// counts whole notches of 120 eighths of a degree, however finely the wheel splits them.
+    ScrollEvent toScrollEvent(const QWheelEvent& event);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     using QObject::QObject;
+
+    WheelNotches m_notches;
 };
 
 } // namespace orvan

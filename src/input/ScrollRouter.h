@@ -26,6 +26,8 @@ public:
     /// Gives the event to the owner. Returns true when it was consumed (there is an owner).
     bool route(const ScrollEvent& event);
 
+    /// True while some control owns the wheel (its events will be consumed).
+    bool hasOwner() const { return bool(m_handler); }
 
 private:
     std::optional<QUuid> m_owner;

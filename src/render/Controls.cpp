@@ -104,8 +104,6 @@ void paintGlossButton(QPainter& painter, const QRectF& face, bool lit)
     const QPainterPath facePath = glossButtonOutline(face);
 
     paintHardShadow(painter, bezelPath, 3, 0.75);
-    if (lit)
-        paintGlow(painter, facePath, Theme::blueLit(), 1.0, 5);
     painter.fillPath(bezelPath, Qt::black);
 
     QLinearGradient fill(face.topRight(), face.bottomLeft());
@@ -129,8 +127,17 @@ void paintGlossButton(QPainter& painter, const QRectF& face, bool lit)
                              gloss.height() / 2, gloss.height() / 2);
     paintGlow(painter, glossPath, Qt::white, 0.6, 0.5);
 
-    if (lit)
-        strokeInside(painter, face, r, Theme::blueLit(), 1.6);
+    // The lit ring lies on top of everything, just inside the face's edge, and glows both ways.
+    if (lit) {
+        constexpr double kRingWidth = 1.6;
+        QPainterPath ring;
+        ring.addRoundedRect(face.adjusted(kRingWidth / 2, kRingWidth / 2, -kRingWidth / 2, -kRingWidth / 2),
+                            r - kRingWidth / 2, r - kRingWidth / 2);
+        QPainterPathStroker stroker;
+        stroker.setWidth(kRingWidth);
+        paintGlow(painter, stroker.createStroke(ring), Theme::blueLit(), 1.0, 5);
+        painter.strokePath(ring, QPen(Theme::blueLit(), kRingWidth));
+    }
 }
 
 void paintLED(QPainter& painter, QPointF centre, double size, bool on, const QColor& color)

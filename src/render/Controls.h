@@ -17,7 +17,7 @@ namespace orvan::render {
 /// A glossy rounded push button: bezel, face, rim, gloss, and, when lit, the blue ring and glow.
 /// `face` is the W x H face; the bezel reaches 2.5 points beyond it.
 void paintGlossButton(QPainter& painter, const QRectF& face, bool lit);
-/// The face's outline (corner radius 0.42 x H), for the pressed look.
+/// The face's outline (corner radius 0.42 x H).
 QPainterPath glossButtonOutline(const QRectF& face);
 
 /// A round indicator lamp of diameter `size`.

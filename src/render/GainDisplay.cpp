@@ -4,6 +4,7 @@
 #include "SevenSegment.h"
 #include "Theme.h"
 
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -14,6 +15,29 @@ const QColor kGlassTop = QColor::fromRgbF(0.07f, 0.20f, 0.75f);
 const QColor kGlassBottom = QColor::fromRgbF(0.01f, 0.03f, 0.25f);
 constexpr double kCornerRadius = 20;
 constexpr double kRimWidth = 1.4;
+constexpr double kLegendSize = 7.5;
+constexpr QPointF kLegendOffset{3, 11};
+
+/// "dB" aligned to the frame's bottom-trailing corner and moved just outside it. As an outline, so
+/// that it casts the readout's glow and hard shadow along with the glass.
+QPainterPath legendPath(const QRectF& frame)
+{
+    // Its right end and bottom at the origin; set at a large pixel size and scaled down, so that
+    // 7.5 points keep their proportions.
+    static const QPainterPath atOrigin = [] {
+        constexpr double kReferencePixels = 64;
+        QFont font;
+        font.setPixelSize(int(kReferencePixels));
+        font.setBold(true);
+        const QFontMetricsF metrics(font);
+        QPainterPath text;
+        text.addText(QPointF(-metrics.horizontalAdvance(QStringLiteral("dB")), -metrics.descent()), font,
+                     QStringLiteral("dB"));
+        const double k = kLegendSize / kReferencePixels;
+        return QTransform::fromScale(k, k).map(text);
+    }();
+    return atOrigin.translated(frame.bottomRight() + kLegendOffset);
+}
 } // namespace
 
 std::pair<int, int> GainDisplay::digits(std::optional<qint64> dB)
@@ -31,10 +55,13 @@ void paintGainDisplay(QPainter& painter, QPointF centre, const GainDisplay& disp
     const QRectF frame(centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height());
     QPainterPath glass;
     glass.addRoundedRect(frame, kCornerRadius, kCornerRadius);
+    const QPainterPath legend = legendPath(frame);
+    QPainterPath whole = glass;
+    whole.addPath(legend);
 
-    // Hard shadow, then the blue glow of the whole readout, under it.
-    paintHardShadow(painter, glass, 3, 0.75);
-    paintGlow(painter, glass, Theme::blueLit(), display.selected ? 0.85 : 0.35, display.selected ? 9 : 5);
+    // Hard shadow, then the blue glow of the whole readout, legend included, under it.
+    paintHardShadow(painter, whole, 3, 0.75);
+    paintGlow(painter, whole, Theme::blueLit(), display.selected ? 0.85 : 0.35, display.selected ? 9 : 5);
 
     QLinearGradient fill(frame.topLeft(), frame.bottomLeft());
     fill.setColorAt(0, kGlassTop);
@@ -77,18 +104,7 @@ void paintGainDisplay(QPainter& painter, QPointF centre, const GainDisplay& disp
     rimPath.addRoundedRect(frame.adjusted(inset, inset, -inset, -inset), kCornerRadius - inset, kCornerRadius - inset);
     painter.strokePath(rimPath, QPen(QBrush(rim), kRimWidth));
 
-    // "dB" just outside the lower right corner.
-    QFont font;
-    font.setPixelSize(64);
-    font.setBold(true);
-    painter.save();
-    const double k = 7.5 / 64;
-    painter.translate(frame.right() + 3, frame.bottom() + 11);
-    painter.scale(k, k);
-    painter.setFont(font);
-    painter.setPen(display.labelColor);
-    painter.drawText(QRectF(-200, -100, 200, 100), Qt::AlignRight | Qt::AlignBottom, QStringLiteral("dB"));
-    painter.restore();
+    painter.fillPath(legend, display.labelColor);
 }
 
 } // namespace orvan::render

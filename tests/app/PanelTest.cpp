@@ -248,6 +248,24 @@ TEST(DunraPanel, AWobbleUnderThreePointsStaysAClick)
     EXPECT_TRUE(rig.sentTo("Dunra").empty());
 }
 
+// Points just inside each corner of a readout's 68 x 48 frame, outside the glass drawn smaller in it.
+const QPointF kFrameCorners[] = {{-32.5, -22.5}, {32.5, -22.5}, {32.5, 22.5}, {-32.5, 22.5}};
+
+TEST(DunraPanel, AReadoutTakesClicksOnItsWholeFrame)
+{
+    StageRig rig({"Dunra"});
+    auto* panel = livePanel<DunraPanelItem>(rig);
+    for (int channel : {0, 1}) {
+        for (QPointF corner : kFrameCorners) {
+            rig.click(at(panel->readout(channel), corner));
+            EXPECT_EQ(rig.dunra().selected(), QList<int>{channel})
+                << "channel " << channel + 1 << " at " << corner.x() << ", " << corner.y();
+            rig.click(at(panel->readout(channel), corner)); // and back
+            EXPECT_TRUE(rig.dunra().selected().isEmpty());
+        }
+    }
+}
+
 TEST(DunraPanel, EveryLampCellSendsItsControllerAndValue)
 {
     StageRig rig({"Dunra"});
@@ -339,6 +357,18 @@ TEST_P(MelkoPanel, NothingIsEverSentToTheMelkoFromItsPanel)
 
 INSTANTIATE_TEST_SUITE_P(InDemoAndWithTheUnitPresent, MelkoPanel, ::testing::Bool());
 
+TEST(MelkoPanelLook, ItsDisplayTakesTheWheelOnItsWholeFrame)
+{
+    StageRig rig({}, /*demo*/ true); // demo gain moves, so each step shows
+    auto* display = livePanel<MelkoPanelItem>(rig)->display();
+    const qint64 before = display->shownDecibels().value_or(0);
+    qint64 steps = 0;
+    for (QPointF corner : kFrameCorners) {
+        rig.wheelLines(at(display, corner), -1);
+        EXPECT_EQ(display->shownDecibels(), before - 3 * ++steps) << "at " << corner.x() << ", " << corner.y();
+    }
+}
+
 TEST(MelkoPanelLook, TheDisplayAndLampsFollowTheUnitsReports)
 {
     StageRig rig({"Melko"});
@@ -357,10 +387,4 @@ TEST(MelkoPanelLook, TheDisplayAndLampsFollowTheUnitsReports)
     EXPECT_EQ(panel->lamp(1)->toolTip(), "Toggle 48V");
     EXPECT_EQ(panel->listenOnlyLegend()->toolTip(),
               "The Melko's MIDI messages have not been confirmed on hardware yet, so the app does not send to it.");
-}
-
-TEST(MelkoPanelLook, IsHalfTransparentWhileMissing)
-{
-    StageRig rig;
-    EXPECT_DOUBLE_EQ(livePanel<MelkoPanelItem>(rig)->opacity(), 0.5);
 }

@@ -11,6 +11,7 @@
 #include "time/ManualClock.h"
 
 #include <QApplication>
+#include <QImage>
 #include <QGraphicsItem>
 #include <QMouseEvent>
 #include <QTemporaryDir>
@@ -82,11 +83,30 @@ public:
         hover(stagePoint);
         wheel(stagePoint, QPoint(), QPoint(0, int(std::lround(lines * 120))));
     }
+    /// One wheel event of `eighths` of a degree (a notch is 120; many mice split it finely).
+    void wheelAngle(QPointF stagePoint, int eighths)
+    {
+        hover(stagePoint);
+        wheel(stagePoint, QPoint(), QPoint(0, eighths));
+    }
     /// A trackpad swipe of `points` pixels.
     void wheelPixels(QPointF stagePoint, int points)
     {
         hover(stagePoint);
         wheel(stagePoint, QPoint(0, points), QPoint(0, points));
+    }
+
+    /// The window as the user sees it: the view grabbed after show(), at the screen's pixel ratio.
+    QImage windowImage() const
+    {
+        QApplication::processEvents();
+        return window().grab().toImage();
+    }
+    /// The colour at a stage point in such an image.
+    QRgb windowPixel(const QImage& image, QPointF stagePoint) const
+    {
+        const QPointF local = window().viewportTransform().map(stagePoint);
+        return image.pixel(int(local.x() * image.devicePixelRatio()), int(local.y() * image.devicePixelRatio()));
     }
 
     void key(int key)

@@ -7,6 +7,7 @@
 #include "items/KnobItem.h"
 #include "items/ReadoutItem.h"
 #include "panels/ChannelColumn.h"
+#include "panels/DunraPanelItem.h"
 #include "panels/OrvanPanelItem.h"
 #include "panels/ReflectionItem.h"
 #include "stage/DemoPillItem.h"
@@ -14,6 +15,8 @@
 #include "stage/FooterItem.h"
 
 #include <QAbstractButton>
+#include <QLabel>
+#include <QTextLayout>
 #include <QLineEdit>
 #include <QMessageBox>
 
@@ -62,6 +65,22 @@ void clickButton(QMessageBox* box, const QString& text)
     FAIL() << "no button " << text.toStdString();
 }
 
+/// Whether `words` stand on one line of the label as it is laid out at its present width.
+bool onOneLine(const QLabel* label, const QString& words)
+{
+    QTextLayout layout(label->text(), label->font());
+    QTextOption option;
+    option.setWrapMode(QTextOption::WordWrap);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine())
+        line.setLineWidth(label->contentsRect().width());
+    layout.endLayout();
+    const int at = label->text().indexOf(words);
+    return at >= 0
+        && layout.lineForTextPosition(at).lineNumber() == layout.lineForTextPosition(at + int(words.size()) - 1).lineNumber();
+}
+
 } // namespace
 
 class Stage : public ::testing::Test {};
@@ -78,18 +97,31 @@ TEST_F(Stage, TheWindowIsTheFixedSizeUndecoratedStageTitledOrvanRCU)
     EXPECT_TRUE(rig.window().hasFocus()) << "arrow keys work without a click";
 }
 
-TEST_F(Stage, WheelLinesOverTheKnobStepTheSelectionByAtLeastOnePerNotch)
+TEST_F(Stage, AWheelNotchIsOneStepHoweverFinelyTheWheelSplitsIt)
 {
     StageRig rig({"Orvan"});
     rig.report("Orvan", 9, 12);
     rig.orvan().toggleSelect(0);
     const QPointF knob = StageRig::at(orvanPanel(rig)->knob());
 
-    for (double lines : {0.3, -0.3, 3.7, 2.5, 1.2})
-        rig.wheelLines(knob, lines);
-
-    // From 12: +1, -1, +4, +3, +1.
-    EXPECT_EQ(gainsSentOnChannel1(rig), (std::vector<int>{13, 12, 16, 19, 20}));
+    struct Turn {
+        int eighths; // per event
+        int events;
+        std::vector<int> gains; // all gain sends so far
+    };
+    const Turn turns[] = {
+        {15, 8, {13}},               // one notch as libinput reports it for many mice
+        {30, 4, {13, 14}},
+        {60, 2, {13, 14, 15}},
+        {120, 1, {13, 14, 15, 16}},  // a classic wheel
+        {-15, 8, {13, 14, 15, 16, 15}},
+        {240, 1, {13, 14, 15, 16, 15, 17}}, // two notches in one event: two steps
+    };
+    for (const Turn& turn : turns) {
+        for (int i = 0; i < turn.events; ++i)
+            rig.wheelAngle(knob, turn.eighths);
+        EXPECT_EQ(gainsSentOnChannel1(rig), turn.gains) << turn.events << " x " << turn.eighths;
+    }
 }
 
 TEST_F(Stage, TrackpadPixelsAccumulateNinePointsPerStep)
@@ -150,8 +182,23 @@ TEST_F(Stage, DraggingTheKnobDeliversWholeStepsOfEightPoints)
         rig.moveHeld(stagePointAt(move.viewportDy));
         EXPECT_EQ(gainsSentOnChannel1(rig), move.gains) << "at " << move.viewportDy << " px";
     }
-    rig.release(stagePointAt(-8));
+    rig.release(stagePointAt(-14)); // let go 17.5 points up without a move there
     EXPECT_EQ(gainsSentOnChannel1(rig).size(), 3u) << "releasing delivers nothing";
+}
+
+TEST_F(Stage, APressAndAReleaseApartWithNoMoveBetweenStepNothingAndStayAClick)
+{
+    StageRig rig({"Dunra"});
+    rig.report("Dunra", 9, 12);
+    rig.dunra().toggleSelect(0);
+    const QPointF knob = StageRig::at(findItem<DunraPanelItem>(rig.shell->stage())->knob());
+
+    rig.hover(knob);
+    rig.press(knob);
+    rig.release(knob + QPointF(0, -20));
+
+    EXPECT_TRUE(rig.sentTo("Dunra").empty()) << "no gain step";
+    EXPECT_EQ(rig.dunra().selected(), QList<int>{1}) << "the knob's click cycles the selection";
 }
 
 TEST_F(Stage, ArrowKeysStepTheOrvanSelectionFirstThenTheDunraThenTheMelko)
@@ -259,6 +306,20 @@ TEST_F(Stage, ThePowerButtonAsksBeforeResettingAndResetsOnlyWhenConfirmed)
     rig.clock.runUntilIdle();
     EXPECT_FALSE(rig.orvan().pendingReset());
     EXPECT_EQ(rig.sentTo("Orvan").size(), 8u * 5u) << "phantom, gain, pad, polarity, mute for 8 channels";
+}
+
+TEST_F(Stage, TheResetDialogsAreWideEnoughToKeep18dBOnOneLine)
+{
+    StageRig rig({"Orvan", "Dunra"});
+    rig.orvan().powerPressed();
+    rig.dunra().powerPressed();
+    for (QMessageBox* box : {rig.shell->orvanDialogs().resetDialog(), rig.shell->dunraDialogs().resetDialog()}) {
+        ASSERT_NE(box, nullptr);
+        QApplication::processEvents();
+        const auto* message = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"));
+        ASSERT_NE(message, nullptr);
+        EXPECT_TRUE(onOneLine(message, QStringLiteral("18 dB"))) << message->width() << " px wide";
+    }
 }
 
 TEST_F(Stage, CancellingTheResetSendsNothingAndClearsTheRequest)

@@ -1,4 +1,5 @@
 #include "ScrollAdjust.h"
+#include "WheelNotches.h"
 
 #include <gtest/gtest.h>
 
@@ -87,4 +88,26 @@ TEST(ScrollRouter, TheCarrySurvivesLeavingAndReenteringTheControl)
     knob.pointerEntered();
     router.route({3, true, false});
     EXPECT_EQ(steps, std::vector<int>{1});
+}
+
+TEST(WheelNotches, ANotchCountsOnceHoweverItIsSplitAndTurningBackDropsAHalfNotch)
+{
+    struct Row {
+        std::vector<int> eighths;
+        std::vector<int> notches;
+    };
+    const Row rows[] = {
+        {{15, 15, 15, 15, 15, 15, 15, 15}, {0, 0, 0, 0, 0, 0, 0, 1}},
+        {{30, 30, 30, 30}, {0, 0, 0, 1}},
+        {{60, 60, -60, -60}, {0, 1, 0, -1}},
+        {{120, 240, -120}, {1, 2, -1}},
+        {{90, -60, -60}, {0, 0, -1}}, // the way back starts from a fresh notch
+    };
+    for (const Row& row : rows) {
+        WheelNotches wheel;
+        std::vector<int> got;
+        for (int e : row.eighths)
+            got.push_back(wheel.add(e));
+        EXPECT_EQ(got, row.notches);
+    }
 }

@@ -122,3 +122,25 @@ TEST(GainDisplay, SelectionBrightensTheGlowButNotTheDigits)
     EXPECT_EQ(plain.pixel(digitPixel), selected.pixel(digitPixel));
     EXPECT_EQ(litSegments(plain, 0), litSegments(selected, 0));
 }
+
+TEST(GainDisplay, TheDBLegendCastsTheHardShadowToo)
+{
+    // On a light plate, as on the Melko: the readout centred at (50, 40), its frame 68 x 48.
+    const QColor plate = QColor::fromRgbF(0.7f, 0.7f, 0.7f);
+    QImage image(QSize(100, 90) * int(kScale), QImage::Format_ARGB32_Premultiplied);
+    image.fill(plate);
+    QPainter p(&image);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.scale(kScale, kScale);
+    paintGainDisplay(p, QPointF(50, 40), GainDisplay{24, false, true, QColor::fromRgbF(0.03f, 0.03f, 0.03f)});
+    p.end();
+
+    // The legend ends 3 right of and 11 below the frame's corner (84, 64); its shadow falls 3 left
+    // and 3.3 down, below the legend and far below the glass's own shadow.
+    int sum = 0, count = 0;
+    for (double y = 75.8; y <= 78.2; y += 0.25) {
+        for (double x = 75; x <= 84; x += 0.25, ++count)
+            sum += qRed(image.pixel((QPointF(x, y) * kScale).toPoint()));
+    }
+    EXPECT_LT(sum / count, plate.red() - 15);
+}

@@ -9,6 +9,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace orvan {
 
@@ -32,6 +33,25 @@ ConfirmationDialogs::ConfirmationDialogs(RCUModel& model, DialogTexts texts, QWi
     syncRecall();
 }
 
+namespace {
+
+constexpr int kMaximumMessageWidth = 640;
+
+/// Widens a message so that each of its sentences fits on one line, up to a limit: a narrow box
+/// would break a sentence anywhere, even between "18" and "dB".
+void fitSentences(QLabel* message)
+{
+    if (!message)
+        return;
+    const QFontMetrics metrics(message->font());
+    int widest = 0;
+    for (const QString& sentence : message->text().split(QStringLiteral(". ")))
+        widest = std::max(widest, metrics.horizontalAdvance(sentence + QLatin1Char('.')));
+    message->setMinimumWidth(std::min(widest + metrics.averageCharWidth(), kMaximumMessageWidth));
+}
+
+} // namespace
+
 QString ConfirmationDialogs::channelList(const QList<int>& channels)
 {
     QStringList numbers;
@@ -50,6 +70,7 @@ QMessageBox* ConfirmationDialogs::openConfirmation(const QString& title, const Q
     box->setWindowTitle(title);
     box->setText(title);
     box->setInformativeText(message);
+    fitSentences(box->findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")));
     QPushButton* confirm = box->addButton(confirmText, destructive ? QMessageBox::DestructiveRole : QMessageBox::AcceptRole);
     QPushButton* cancel = box->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
     box->setDefaultButton(cancel); // Return must never switch phantom power on by accident
@@ -130,6 +151,7 @@ void ConfirmationDialogs::syncSave()
         auto* message = new QLabel(m_texts.saveMessage, dialog);
         message->setObjectName(QStringLiteral("message"));
         message->setWordWrap(true);
+        fitSentences(message);
         auto* name = new QLineEdit(m_model.presetNameDraft(), dialog);
         name->setPlaceholderText(QStringLiteral("Name"));
         name->selectAll();

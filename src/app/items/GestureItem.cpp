@@ -42,9 +42,9 @@ void GestureItem::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
     m_drag.move(event->pos());
 }
 
-void GestureItem::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
+void GestureItem::mouseReleaseEvent(QGraphicsSceneMouseEvent*)
 {
-    m_drag.move(event->pos());
+    // Only moves deliver steps: letting go ends the drag where the last move left it.
     const bool dragged = m_drag.release();
     if (!dragged)
         activate();

@@ -46,9 +46,8 @@ void GlossButtonItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, 
 {
     const QRectF face = buttonFace();
     {
-        PressLook press(*painter, face.center(), isPressed());
-        render::paintGlossButton(*painter, face, m_lit);
-        press.darken(render::glossButtonOutline(face));
+        const PressLook press(*painter, boundingRect(), face.center(), isPressed());
+        render::paintGlossButton(press.painter(), face, m_lit);
     }
     if (!m_caption.isEmpty())
         drawLettering(*painter, face, Qt::AlignCenter, m_caption, m_captionStyle);

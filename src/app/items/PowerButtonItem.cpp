@@ -4,7 +4,6 @@
 #include "PressLook.h"
 
 #include <QPainter>
-#include <QPainterPath>
 
 namespace orvan {
 
@@ -33,11 +32,8 @@ bool PowerButtonItem::refresh()
 
 void PowerButtonItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
 {
-    PressLook press(*painter, QPointF(0, 0), isPressed());
-    render::paintPowerButton(*painter, QPointF(0, 0), m_connected);
-    QPainterPath disc;
-    disc.addEllipse(faceRect());
-    press.darken(disc);
+    const PressLook press(*painter, boundingRect(), QPointF(0, 0), isPressed());
+    render::paintPowerButton(press.painter(), QPointF(0, 0), m_connected);
 }
 
 } // namespace orvan

@@ -1,34 +1,49 @@
 #include "PressLook.h"
 
+#include "Brightness.h"
+
 #include <QPainter>
-#include <QPainterPath>
+#include <cmath>
 
 namespace orvan {
 
-PressLook::PressLook(QPainter& painter, QPointF centre, bool pressed)
-    : m_painter(painter)
-    , m_pressed(pressed)
+namespace {
+double deviceScale(const QPainter& painter)
 {
-    m_painter.save();
-    if (m_pressed) {
-        m_painter.translate(centre);
-        m_painter.scale(kPressedScale, kPressedScale);
-        m_painter.translate(-centre);
-    }
+    const QTransform t = painter.deviceTransform();
+    return std::sqrt(std::abs(t.m11() * t.m22() - t.m12() * t.m21()));
+}
+} // namespace
+
+PressLook::PressLook(QPainter& painter, const QRectF& area, QPointF centre, bool pressed)
+    : m_painter(painter)
+    , m_area(area)
+{
+    if (!pressed)
+        return;
+    // Lowering each channel needs the finished pixels, which QPainter cannot read back: the face
+    // is painted into its own layer at the device's resolution.
+    const double scale = deviceScale(painter);
+    m_layer = QImage(std::max(1, int(std::ceil(area.width() * scale))), std::max(1, int(std::ceil(area.height() * scale))),
+                     QImage::Format_ARGB32_Premultiplied);
+    m_layer.fill(Qt::transparent);
+    m_layerSize = QSizeF(m_layer.size()) / scale;
+    m_layerPainter = std::make_unique<QPainter>(&m_layer);
+    m_layerPainter->setRenderHints(painter.renderHints());
+    m_layerPainter->scale(scale, scale);
+    m_layerPainter->translate(-area.topLeft());
+    m_layerPainter->translate(centre);
+    m_layerPainter->scale(kPressedScale, kPressedScale);
+    m_layerPainter->translate(-centre);
 }
 
 PressLook::~PressLook()
 {
-    m_painter.restore();
-}
-
-void PressLook::darken(const QPainterPath& face) const
-{
-    if (!m_pressed)
+    if (!m_layerPainter)
         return;
-    // Lowering every channel by a fixed amount is close to laying black at that opacity over the
-    // face, which QPainter can do without reading pixels back.
-    m_painter.fillPath(face, QColor::fromRgbF(0, 0, 0, kPressedDarkening));
+    m_layerPainter.reset();
+    render::lowerBrightness(m_layer, kPressedDarkening);
+    m_painter.drawImage(QRectF(m_area.topLeft(), m_layerSize), m_layer);
 }
 
 } // namespace orvan

@@ -1,30 +1,36 @@
 #pragma once
 
+#include <QImage>
 #include <QPointF>
+#include <QRectF>
+#include <memory>
 
 class QPainter;
-class QPainterPath;
 
 namespace orvan {
 
 /// The pressed look of every push button: while held down its face is drawn at 95 % about its
-/// centre and darker. Scope it around the face's painting; the painter is restored on exit.
+/// centre with every colour channel lowered by 0.12. Paint the face through `painter()` while the
+/// scope lives; a pressed face goes through a layer that is darkened and laid down at the end.
 class PressLook {
 public:
     static constexpr double kPressedScale = 0.95;
     static constexpr double kPressedDarkening = 0.12;
 
-    PressLook(QPainter& painter, QPointF centre, bool pressed);
+    /// `area` holds everything the face paints (shadows and glows included), in item coordinates.
+    PressLook(QPainter& painter, const QRectF& area, QPointF centre, bool pressed);
     ~PressLook();
     PressLook(const PressLook&) = delete;
     PressLook& operator=(const PressLook&) = delete;
 
-    /// Darkens what was painted inside `face` while pressed.
-    void darken(const QPainterPath& face) const;
+    QPainter& painter() const { return m_layerPainter ? *m_layerPainter : m_painter; }
 
 private:
     QPainter& m_painter;
-    bool m_pressed;
+    QRectF m_area;
+    QImage m_layer;
+    QSizeF m_layerSize; ///< the layer's extent in item coordinates
+    std::unique_ptr<QPainter> m_layerPainter;
 };
 
 } // namespace orvan

@@ -7,16 +7,17 @@
 namespace orvan {
 
 namespace {
-QRectF readoutRect(double scale)
+/// The readout's whole 68 x 48 frame takes clicks and drags, however small it is drawn.
+QRectF readoutFrame()
 {
-    const QSizeF size = render::GainDisplay::kSize * scale;
+    const QSizeF size = render::GainDisplay::kSize;
     return {-size.width() / 2, -size.height() / 2, size.width(), size.height()};
 }
 } // namespace
 
 ReadoutItem::ReadoutItem(Look look, DragProfile profile, std::function<std::optional<qint64>()> decibels,
                          std::function<bool()> isSelected, std::function<void(int)> onSteps, QGraphicsItem* parent)
-    : GestureItem(readoutRect(look.scale), profile, std::move(onSteps), parent)
+    : GestureItem(readoutFrame(), profile, std::move(onSteps), parent)
     , m_look(look)
     , m_decibels(std::move(decibels))
     , m_isSelected(std::move(isSelected))
@@ -41,9 +42,11 @@ bool ReadoutItem::refresh()
 
 QMarginsF ReadoutItem::paintMargins() const
 {
-    // Glow (radius 9), the hard shadow down-left and the "dB" legend outside the lower right.
+    // Glow (radius 9), the hard shadow down-left and the "dB" legend outside the lower right,
+    // around the glass drawn at its scale inside the frame.
     const double k = m_look.scale;
-    return QMarginsF(16, 14, 20, 22) * k;
+    const QSizeF inset = render::GainDisplay::kSize * (1 - k) / 2;
+    return QMarginsF(16 * k - inset.width(), 14 * k - inset.height(), 20 * k - inset.width(), 22 * k - inset.height());
 }
 
 void ReadoutItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)

@@ -17,6 +17,7 @@
 #include "items/ReadoutItem.h"
 
 #include <QPainter>
+#include <algorithm>
 
 namespace orvan {
 
@@ -28,6 +29,7 @@ constexpr QPointF kPower{100, 58};
 constexpr double kPowerScale = 0.7;
 constexpr QPointF kPowerLabel{100, 100};
 constexpr QPointF kLettering{214, 66};
+constexpr int kScriptShadows = 1;
 constexpr double kChannelLabelX = 322;
 constexpr double kReadoutX = 396;
 constexpr double kReadoutScale = 0.82;
@@ -171,7 +173,7 @@ void DunraPanelItem::paintPlate(QPainter& painter) const
 
     drawLetteringCentred(painter, kLettering + QPointF(0, -22), QStringLiteral("TARVOLD ENGINEERING"),
                          engraved(8.5, QFont::DemiBold, 1.0));
-    PlatePainting::paintScriptName(painter, kLettering + QPointF(0, 0), QStringLiteral("Dunra"), 34);
+    PlatePainting::paintScriptName(painter, kLettering + QPointF(0, 0), QStringLiteral("Dunra"), 34, kScriptShadows);
     drawLetteringCentred(painter, kLettering + QPointF(0, 22), QStringLiteral("2-CHANNEL PREAMPLIFICATION SYSTEM"),
                          engraved(5.8, QFont::DemiBold, 0.5));
     drawLetteringCentred(painter, kPowerLabel, QStringLiteral("POWER"), engraved(6.5, QFont::DemiBold, 1.0));
@@ -196,15 +198,23 @@ void DunraPanelItem::paintPlate(QPainter& painter) const
     const LetteringStyle jackStyle = engraved(7, QFont::DemiBold, 0.7);
     const QStringList jackLabels{QStringLiteral("CHANNEL 1"), QStringLiteral("DI"), QStringLiteral("CHANNEL 2")};
     const double lineHeight = 7 * 1.2 + 9;
+    // A left-aligned stack centred on its point: its widest line decides where all lines start.
+    double stackWidth = 0;
+    for (const QString& label : jackLabels)
+        stackWidth = std::max(stackWidth, letteringWidth(label, jackStyle));
     for (int i = 0; i < jackLabels.size(); ++i) {
-        const QRectF box(kJackLabels.x() - 30, kJackLabels.y() + (i - 1) * lineHeight - 6, 80, 12);
+        const QRectF box(kJackLabels.x() - stackWidth / 2, kJackLabels.y() + (i - 1) * lineHeight - 6, stackWidth + 1, 12);
         drawLettering(painter, box, Qt::AlignLeft | Qt::AlignVCenter, jackLabels[i], jackStyle);
     }
 
-    drawLettering(painter, QRectF(kKnobLabels.x() - 30, kKnobLabels.y() - 11, 80, 11), Qt::AlignLeft | Qt::AlignVCenter,
-                  QStringLiteral("GAIN /"), engraved(7, QFont::DemiBold, 0.8));
-    drawLettering(painter, QRectF(kKnobLabels.x() - 30, kKnobLabels.y(), 80, 10), Qt::AlignLeft | Qt::AlignVCenter,
-                  QStringLiteral("SELECT (PUSH)"), engraved(6, QFont::DemiBold, 0.5));
+    const QString knobTop = QStringLiteral("GAIN /"), knobBottom = QStringLiteral("SELECT (PUSH)");
+    const LetteringStyle knobTopStyle = engraved(7, QFont::DemiBold, 0.8), knobBottomStyle = engraved(6, QFont::DemiBold, 0.5);
+    const double knobStackLeft = kKnobLabels.x()
+        - std::max(letteringWidth(knobTop, knobTopStyle), letteringWidth(knobBottom, knobBottomStyle)) / 2;
+    drawLettering(painter, QRectF(knobStackLeft, kKnobLabels.y() - 11, 80, 11), Qt::AlignLeft | Qt::AlignVCenter, knobTop,
+                  knobTopStyle);
+    drawLettering(painter, QRectF(knobStackLeft, kKnobLabels.y(), 80, 10), Qt::AlignLeft | Qt::AlignVCenter, knobBottom,
+                  knobBottomStyle);
 
     for (QPointF slot : kRackSlots)
         PlatePainting::paintRackSlot(painter, slot, QSizeF(18, 12), 1.1);

@@ -1,5 +1,6 @@
 #include "MelkoPanelItem.h"
 
+#include "BrightnessEffect.h"
 #include "Controls.h"
 #include "LampColors.h"
 #include "OrvanMIDI.h"
@@ -131,22 +132,17 @@ MelkoPanelItem::MelkoPanelItem(RCUModel& model, std::array<double, 5> buttonY, Q
     m_legend = legend;
 
     // While the unit is missing the whole plate is darker as well as half transparent.
-    auto* darkening = new QGraphicsPathItem(this);
-    QPainterPath plate;
-    plate.addRoundedRect(QRectF(QPointF(0, 0), plateSize()), plateLook().cornerRadius, plateLook().cornerRadius);
-    darkening->setPath(plate);
-    darkening->setPen(Qt::NoPen);
-    darkening->setBrush(QColor::fromRgbF(0, 0, 0, kDisconnectedDarkening));
-    darkening->setAcceptedMouseButtons(Qt::NoButton);
-    darkening->setZValue(10);
-    m_darkening = darkening;
+    m_darkening = new BrightnessEffect(kDisconnectedDarkening, kDisconnectedOpacity);
+    setGraphicsEffect(m_darkening);
 
     startFollowing();
 }
 
 void MelkoPanelItem::connectionChanged(bool connected)
 {
-    m_darkening->setVisible(!connected);
+    // The effect darkens first and fades after; the panel's own half opacity would fade first.
+    setOpacity(1.0);
+    m_darkening->setEnabled(!connected);
 }
 
 void MelkoPanelItem::paintPlate(QPainter& painter) const

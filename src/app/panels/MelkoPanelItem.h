@@ -6,6 +6,7 @@
 
 namespace orvan {
 
+class BrightnessEffect;
 class GlossButtonItem;
 class KnobItem;
 class LampRowItem;
@@ -41,7 +42,7 @@ private:
     std::array<LampRowItem*, 5> m_lamps{};
     std::array<GlossButtonItem*, 5> m_buttons{};
     QGraphicsItem* m_legend;
-    QGraphicsItem* m_darkening;
+    BrightnessEffect* m_darkening;
 };
 
 } // namespace orvan

@@ -23,6 +23,7 @@ namespace {
 constexpr QPointF kPower{190, 187};
 constexpr QPointF kPowerLabel{238, 214};
 constexpr QPointF kLettering{190, 78};
+constexpr int kScriptShadows = 2; // the badge's crisp shadow is applied twice
 constexpr double kSharedX = 990;
 constexpr double kSharedLabelX = 1045;
 constexpr double kSharedLabelWidth = 44;
@@ -159,7 +160,7 @@ void OrvanPanelItem::paintPlate(QPainter& painter) const
     const LetteringStyle maker = engraved(10, QFont::DemiBold, 1.1);
     const LetteringStyle small = engraved(7, QFont::DemiBold, 1.2);
     drawLetteringCentred(painter, kLettering + QPointF(0, -33), QStringLiteral("TARVOLD ENGINEERING"), maker);
-    PlatePainting::paintScriptName(painter, kLettering + QPointF(0, -4), QStringLiteral("Orvan"), 40);
+    PlatePainting::paintScriptName(painter, kLettering + QPointF(0, -4), QStringLiteral("Orvan"), 40, kScriptShadows);
     drawLetteringCentred(painter, kLettering + QPointF(0, 24), QStringLiteral("8-CHANNEL"), small);
     drawLetteringCentred(painter, kLettering + QPointF(0, 34), QStringLiteral("REMOTE PRE-AMPLIFICATION SYSTEM"),
                          engraved(7, QFont::DemiBold, 0.9));

@@ -75,15 +75,17 @@ LetteringStyle engraved(double size, QFont::Weight weight, double tracking)
         .withShadow(QColor::fromRgbF(0, 0, 0, 0.9f), {-0.6, 0.8});
 }
 
-void paintScriptName(QPainter& painter, QPointF centre, const QString& name, double size)
+void paintScriptName(QPainter& painter, QPointF centre, const QString& name, double size, int shadowCount)
 {
+    constexpr QPointF kShadowOffset{-1, 1.2};
     LetteringStyle style = LetteringStyle::of(size, QFont::Normal, 0, Qt::white)
-                               .withFamily(render::scriptFontFamily(), true)
-                               .withShadow(Qt::black, {-1, 1.2});
-    // The shadow is applied twice on the unit's badge: draw it once more, darker under the letters.
-    LetteringStyle shadowOnly = style;
-    shadowOnly.color = Qt::transparent;
-    drawLetteringCentred(painter, centre, name, shadowOnly);
+                               .withFamily(render::scriptFontFamily(), true);
+    // A shadow applied again falls from the letters and their first shadow together: the n-th
+    // copy lies n offsets away. Deepest first.
+    LetteringStyle shadow = style;
+    shadow.color = Qt::black;
+    for (int n = shadowCount; n >= 1; --n)
+        drawLetteringCentred(painter, centre + kShadowOffset * n, name, shadow);
 
     // A vertical white-to-grey fill is drawn by letting the gradient be the text pen.
     QLinearGradient fill(0, centre.y() - size / 2, 0, centre.y() + size / 2);

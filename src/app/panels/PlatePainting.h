@@ -38,8 +38,8 @@ void paintRackSlot(QPainter& painter, QPointF centre, QSizeF size, double rimWid
 /// The engraved lettering style of the dark plates.
 LetteringStyle engraved(double size, QFont::Weight weight, double tracking);
 
-/// A unit's name in the script face, filled top to bottom from white to grey 0.7, with a crisp
-/// black shadow.
-void paintScriptName(QPainter& painter, QPointF centre, const QString& name, double size);
+/// A unit's name in the script face, filled top to bottom from white to grey 0.7, with
+/// `shadowCount` crisp black shadows, each one offset further down and to the left.
+void paintScriptName(QPainter& painter, QPointF centre, const QString& name, double size, int shadowCount);
 
 } // namespace orvan::PlatePainting

@@ -1,5 +1,6 @@
 #include "DemoPillItem.h"
 
+#include "Blur.h"
 #include "DemoMode.h"
 #include "OrvanMIDI.h"
 #include "items/Lettering.h"
@@ -19,7 +20,20 @@ const QColor kGlow = QColor::fromRgbF(0.2f, 0.85f, 0.4f);
 const QColor kExplanationColor = QColor::fromRgbF(0.55f, 0.95f, 0.70f, 0.9f);
 constexpr double kRimWidth = 1.2;
 constexpr double kLampSize = 6;
+constexpr double kLampGlowRadius = 4;
+constexpr double kLampDimOpacity = 0.55;
 constexpr double kContentSpacing = 6;
+constexpr double kGlowRadiusOn = 12;
+constexpr double kGlowRadiusOff = 7;
+const QColor kDropShadow = QColor::fromRgbF(0, 0, 0, 0.75f);
+constexpr double kDropShadowBlur = 1.05;
+constexpr QPointF kDropShadowOffset{-3, 3.3};
+constexpr QSizeF kHighlightSize{40, 3};
+constexpr QPointF kHighlightOffset{24, -8};
+constexpr double kHighlightOpacity = 0.5;
+constexpr double kHighlightBlur = 0.5;
+/// A Gaussian glow is visible out to about three times its radius.
+constexpr double kGlowReach = 3 * kGlowRadiusOn;
 
 const QString kTooltipOff = QStringLiteral("Try the app with sample settings. Nothing is sent to any unit.");
 const QString kTooltipOn = QStringLiteral("Leave demo mode");
@@ -76,7 +90,7 @@ void DemoPillItem::refresh()
 
 QRectF DemoPillItem::boundingRect() const
 {
-    QRectF r = pillRect().adjusted(-16, -16, 16, 16);
+    QRectF r = pillRect().adjusted(-kGlowReach, -kGlowReach, kGlowReach, kGlowReach);
     if (m_demo.active())
         r = r.united(QRectF(pillRect().left() + kExplanationOffset, -10,
                             explanationWidth() + 4, 20));
@@ -98,67 +112,52 @@ void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWi
     QPainterPath capsule;
     capsule.addRoundedRect(pill, radius, radius);
 
-    painter->save();
-    PressLook press(*painter, pill.center(), m_pressed);
+    {
+        const PressLook press(*painter, boundingRect(), pill.center(), m_pressed);
+        QPainter& p = press.painter();
 
-    // Drop shadow and green glow behind the body.
-    painter->save();
-    painter->translate(-3, 3.3);
-    painter->fillPath(capsule, QColor(0, 0, 0, 150));
-    painter->restore();
-    const double glowRadius = on ? 12 : 7;
-    QColor glow = kGlow;
-    glow.setAlphaF(on ? 0.95 : 0.55);
-    for (int i = 3; i >= 1; --i) {
-        QPainterPath halo;
-        const double grow = glowRadius * i / 3.0;
-        halo.addRoundedRect(pill.adjusted(-grow, -grow, grow, grow), radius + grow, radius + grow);
-        QColor c = glow;
-        c.setAlphaF(glow.alphaF() * 0.22);
-        painter->fillPath(halo, c);
+        // The drop shadow falls from the glowing pill, so it lies under the glow.
+        render::paintShadow(p, capsule, kDropShadow, kDropShadowBlur, kDropShadowOffset);
+        render::paintGlow(p, capsule, kGlow, on ? 0.95 : 0.55, on ? kGlowRadiusOn : kGlowRadiusOff);
+
+        QLinearGradient body(pill.topLeft(), pill.bottomLeft());
+        body.setColorAt(0, kBodyTop);
+        body.setColorAt(1, kBodyBottom);
+        p.fillPath(capsule, body);
+
+        QLinearGradient rim(pill.topRight(), pill.bottomLeft());
+        rim.setColorAt(0, QColor::fromRgbF(1, 1, 1, 0.9f));
+        rim.setColorAt(0.5, QColor::fromRgbF(1, 1, 1, 0.1f));
+        rim.setColorAt(1, QColor::fromRgbF(0, 0, 0, 0.5f));
+        const double inset = kRimWidth / 2;
+        QPainterPath rimPath;
+        rimPath.addRoundedRect(pill.adjusted(inset, inset, -inset, -inset), radius - inset, radius - inset);
+        p.strokePath(rimPath, QPen(QBrush(rim), kRimWidth));
+
+        // A soft streak of light, painted as its own blurred image.
+        const QRectF streak(QPointF(kHighlightOffset.x() - kHighlightSize.width() / 2,
+                                    kHighlightOffset.y() - kHighlightSize.height() / 2),
+                            kHighlightSize);
+        QPainterPath highlight;
+        highlight.addRoundedRect(streak, streak.height() / 2, streak.height() / 2);
+        render::paintGlow(p, highlight, Qt::white, kHighlightOpacity, kHighlightBlur);
+
+        // Lamp and label, centred as one row.
+        const QString label = on ? QStringLiteral("DEMO ON") : QStringLiteral("DEMO");
+        const double labelWidth = letteringWidth(label, labelStyle());
+        const double rowWidth = kLampSize + kContentSpacing + labelWidth;
+        const double left = pill.center().x() - rowWidth / 2;
+        const QRectF lamp(left, -kLampSize / 2, kLampSize, kLampSize);
+        QPainterPath lampPath;
+        lampPath.addEllipse(lamp);
+        p.setOpacity(on ? 1.0 : kLampDimOpacity);
+        if (on)
+            render::paintGlow(p, lampPath, Qt::white, 1, kLampGlowRadius);
+        p.fillPath(lampPath, Qt::white);
+        p.setOpacity(1.0);
+        drawLettering(p, QRectF(lamp.right() + kContentSpacing, -10, labelWidth + 2, 20),
+                      Qt::AlignLeft | Qt::AlignVCenter, label, labelStyle());
     }
-
-    QLinearGradient body(pill.topLeft(), pill.bottomLeft());
-    body.setColorAt(0, kBodyTop);
-    body.setColorAt(1, kBodyBottom);
-    painter->fillPath(capsule, body);
-
-    QLinearGradient rim(pill.topRight(), pill.bottomLeft());
-    rim.setColorAt(0, QColor(255, 255, 255, 230));
-    rim.setColorAt(0.5, QColor(255, 255, 255, 26));
-    rim.setColorAt(1, QColor(0, 0, 0, 128));
-    const double inset = kRimWidth / 2;
-    QPainterPath rimPath;
-    rimPath.addRoundedRect(pill.adjusted(inset, inset, -inset, -inset), radius - inset, radius - inset);
-    painter->strokePath(rimPath, QPen(QBrush(rim), kRimWidth));
-
-    QPainterPath highlight;
-    const QRectF highlightRect(pill.center().x() + 24 - 20, pill.center().y() - 8 - 1.5, 40, 3);
-    highlight.addRoundedRect(highlightRect, 1.5, 1.5);
-    painter->fillPath(highlight, QColor(255, 255, 255, 128));
-
-    // Lamp and label, centred as one row.
-    const QString label = on ? QStringLiteral("DEMO ON") : QStringLiteral("DEMO");
-    const double labelWidth = letteringWidth(label, labelStyle());
-    const double rowWidth = kLampSize + kContentSpacing + labelWidth;
-    const double left = pill.center().x() - rowWidth / 2;
-    const QRectF lamp(left, -kLampSize / 2, kLampSize, kLampSize);
-    painter->setOpacity(on ? 1.0 : 0.55);
-    if (on) {
-        QRadialGradient lampGlow(lamp.center(), kLampSize / 2 + 4);
-        lampGlow.setColorAt(0.4, QColor(255, 255, 255, 200));
-        lampGlow.setColorAt(1, Qt::transparent);
-        painter->setBrush(lampGlow);
-        painter->setPen(Qt::NoPen);
-        painter->drawEllipse(lamp.adjusted(-4, -4, 4, 4));
-    }
-    painter->setBrush(Qt::white);
-    painter->setPen(Qt::NoPen);
-    painter->drawEllipse(lamp);
-    painter->setOpacity(1.0);
-    drawLettering(*painter, QRectF(lamp.right() + kContentSpacing, -10, labelWidth + 2, 20),
-                  Qt::AlignLeft | Qt::AlignVCenter, label, labelStyle());
-    painter->restore();
 
     if (on) {
         drawLettering(*painter, QRectF(pill.left() + kExplanationOffset, -10, 1000, 20), Qt::AlignLeft | Qt::AlignVCenter,

@@ -15,6 +15,8 @@
 #include "panels/OrvanPanelItem.h"
 #include "panels/ReflectionItem.h"
 
+#include <QPainter>
+
 namespace orvan {
 
 using namespace StageGeometry;
@@ -67,8 +69,10 @@ StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
     addItem(m_demoPill);
 }
 
-void StageScene::drawBackground(QPainter* painter, const QRectF&)
+void StageScene::drawBackground(QPainter* painter, const QRectF& exposed)
 {
+    // The window is rounded up to whole pixels: the sliver beyond the canvas stays black.
+    painter->fillRect(exposed, Qt::black);
     paintBackdrop(*painter, sceneRect());
 }
 

@@ -17,7 +17,8 @@ StageWindow::StageWindow(QGraphicsScene* stage, QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setAlignment(Qt::AlignLeft | Qt::AlignTop);
-    setBackgroundBrush(Qt::black);
+    // No background brush of the view's own: with one, the view would fill it and never ask the
+    // stage to draw its backdrop.
     setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
     setViewportUpdateMode(QGraphicsView::MinimalViewportUpdate);
     // The backdrop is opaque and never changes: the view keeps it and copies it under each frame.
