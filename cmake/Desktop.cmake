@@ -1,7 +1,9 @@
 # Desktop integration: launcher entry, AppStream metadata and the Debian package.
 include(GNUInstallDirs)
 
-set(ORVAN_APP_ID org.orvanrcu.OrvanRCU)
+set(ORVAN_APP_ID org.orvanrcu.orvanrcu)
+set(ORVAN_HOMEPAGE https://orvanrcu.org/)
+set(ORVAN_SCREENSHOT_URL ${ORVAN_HOMEPAGE}docs/screenshot.png) # the README's picture
 configure_file(${CMAKE_SOURCE_DIR}/data/${ORVAN_APP_ID}.metainfo.xml
                ${CMAKE_BINARY_DIR}/data/${ORVAN_APP_ID}.metainfo.xml @ONLY)
 install(FILES ${CMAKE_SOURCE_DIR}/data/${ORVAN_APP_ID}.desktop

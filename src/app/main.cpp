@@ -39,7 +39,7 @@ int main(int argc, char** argv)
 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("OrvanRCU"));
-    QApplication::setDesktopFileName(QStringLiteral("org.orvanrcu.OrvanRCU"));
+    QApplication::setDesktopFileName(QStringLiteral("org.orvanrcu.orvanrcu"));
 
     orvan::SystemClock& time = orvan::SystemClock::shared();
     orvan::OrvanRCUApp app(orvan::createHostMidiSystem(), time, time);

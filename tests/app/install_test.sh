@@ -7,7 +7,7 @@ rm -rf "$root"
 cmake --install "$build" --prefix "$root/usr" >/dev/null
 
 fail() { echo "FAIL: $*"; exit 1; }
-id=org.orvanrcu.OrvanRCU
+id=org.orvanrcu.orvanrcu
 
 [[ -x $root/usr/bin/orvanrcu ]] || fail "no executable in bin/"
 desktop=$root/usr/share/applications/$id.desktop
@@ -17,8 +17,14 @@ metainfo=$root/usr/share/metainfo/$id.metainfo.xml
 grep -qx 'Name=Orvan RCU' "$desktop" || fail "desktop entry is not named Orvan RCU"
 grep -q '^Categories=.*Audio;.*Midi;' "$desktop" || fail "desktop entry lacks Audio and Midi"
 desktop-file-validate "$desktop" || fail "desktop-file-validate"
-appstreamcli validate --no-net "$metainfo" >/dev/null || { appstreamcli validate --no-net "$metainfo"; fail "appstreamcli"; }
-grep -q '@PROJECT_VERSION@' "$metainfo" && fail "metainfo version not filled in"
+appstreamcli validate --pedantic --no-net "$metainfo" >/dev/null \
+  || { appstreamcli validate --pedantic --no-net "$metainfo"; fail "appstreamcli"; }
+grep -q '@[A-Z_]*@' "$metainfo" && fail "metainfo has a placeholder left: $(grep -o '@[A-Z_]*@' "$metainfo" | head -1)"
+# Desktop, metainfo and icon must all carry the one id, or software centres show no icon.
+grep -qx "Icon=$id" "$desktop" || fail "desktop entry names another icon"
+grep -q "<launchable type=\"desktop-id\">$id.desktop</launchable>" "$metainfo" || fail "metainfo launches another entry"
+grep -q '<url type="homepage">https://' "$metainfo" || fail "metainfo has no project URL"
+grep -q '<image>https://.*/screenshot.png</image>' "$metainfo" || fail "metainfo has no screenshot"
 
 for size in 1024 512 256 128 64 48; do
   icon=$root/usr/share/icons/hicolor/${size}x${size}/apps/$id.png
