@@ -11,8 +11,12 @@ install(FILES ${CMAKE_SOURCE_DIR}/data/${ORVAN_APP_ID}.desktop
 install(FILES ${CMAKE_BINARY_DIR}/data/${ORVAN_APP_ID}.metainfo.xml
         DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 
-# The icon is rendered at build time by the app itself and scaled with Qt; it is never checked in.
-set(ORVAN_ICON_SIZES 1024 512 256 128 64 48)
+# Icons are rendered from the one artwork at build time and never checked in. Debian's hicolor
+# theme has folders up to 512; menus and panels use the small ones most.
+set(ORVAN_ICON_SIZES 512 256 128 64 48 32 24 22 16)
+# The sizes the window carries for task switchers and title bars; compiled in, so that showing
+# the window never renders anything.
+set(ORVAN_WINDOW_ICON_SIZES 16 24 32 48 64 128)
 set(icon_dir ${CMAKE_BINARY_DIR}/icons)
 set(icon_outputs)
 foreach(size IN LISTS ORVAN_ICON_SIZES)
@@ -20,10 +24,8 @@ foreach(size IN LISTS ORVAN_ICON_SIZES)
 endforeach()
 add_custom_command(
   OUTPUT ${icon_outputs}
-  COMMAND ${CMAKE_COMMAND} -E make_directory ${icon_dir}
-  COMMAND ${CMAKE_COMMAND} -E env QT_QPA_PLATFORM=offscreen $<TARGET_FILE:orvanrcu> --render-icon ${icon_dir}/rendered.png
-  COMMAND orvan-icon-scale ${icon_dir}/rendered.png ${icon_dir} ${ORVAN_ICON_SIZES}
-  DEPENDS orvanrcu orvan-icon-scale
+  COMMAND orvan-icon-export ${icon_dir} ${ORVAN_ICON_SIZES}
+  DEPENDS orvan-icon-export
   COMMENT "Rendering the application icon")
 add_custom_target(orvan_icons ALL DEPENDS ${icon_outputs})
 foreach(size IN LISTS ORVAN_ICON_SIZES)
@@ -31,6 +33,22 @@ foreach(size IN LISTS ORVAN_ICON_SIZES)
           DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/${size}x${size}/apps
           RENAME ${ORVAN_APP_ID}.png)
 endforeach()
+
+set(window_icon_qrc ${icon_dir}/window_icon.qrc)
+set(qrc_entries)
+set(window_icon_files)
+foreach(size IN LISTS ORVAN_WINDOW_ICON_SIZES)
+  string(APPEND qrc_entries "    <file alias=\"window-icon/${size}.png\">${size}x${size}.png</file>\n")
+  list(APPEND window_icon_files ${icon_dir}/${size}x${size}.png)
+endforeach()
+file(CONFIGURE OUTPUT ${window_icon_qrc}
+     CONTENT "<RCC>\n  <qresource prefix=\"/\">\n${qrc_entries}  </qresource>\n</RCC>\n")
+set_source_files_properties(${window_icon_files} PROPERTIES GENERATED TRUE)
+qt_add_resources(window_icon_sources ${window_icon_qrc})
+add_library(orvan_window_icon STATIC ${window_icon_sources})
+add_dependencies(orvan_window_icon orvan_icons)
+target_link_libraries(orvan_window_icon PRIVATE Qt6::Core)
+target_link_libraries(orvan_app PUBLIC orvan_window_icon)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME orvanrcu)

@@ -26,7 +26,7 @@ grep -q "<launchable type=\"desktop-id\">$id.desktop</launchable>" "$metainfo" |
 grep -q '<url type="homepage">https://' "$metainfo" || fail "metainfo has no project URL"
 grep -q '<image>https://.*/screenshot.png</image>' "$metainfo" || fail "metainfo has no screenshot"
 
-for size in 1024 512 256 128 64 48; do
+for size in 512 256 128 64 48 32 24 22 16; do
   icon=$root/usr/share/icons/hicolor/${size}x${size}/apps/$id.png
   [[ -f $icon ]] || fail "no ${size}px icon"
   header=$(head -c 24 "$icon" | od -An -tx1 | tr -d ' \n')
