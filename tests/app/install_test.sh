@@ -10,6 +10,7 @@ fail() { echo "FAIL: $*"; exit 1; }
 id=org.orvanrcu.orvanrcu
 
 [[ -x $root/usr/bin/orvanrcu ]] || fail "no executable in bin/"
+[[ -x $root/usr/bin/orvan-unit-sim ]] || fail "no simulator in bin/"
 desktop=$root/usr/share/applications/$id.desktop
 metainfo=$root/usr/share/metainfo/$id.metainfo.xml
 [[ -f $desktop ]] || fail "no desktop entry"
@@ -33,6 +34,17 @@ for size in 512 256 128 64 48 32 24 22 16; do
   [[ ${header:0:16} == 89504e470d0a1a0a ]] || fail "${size}px icon is not a PNG"
   w=$((16#${header:32:8})); h=$((16#${header:40:8}))
   [[ $w == "$size" && $h == "$size" ]] || fail "${size}px icon is ${w}x${h}"
+done
+
+# Each manual page documents every option its program's --help lists.
+for program in orvanrcu orvan-unit-sim; do
+  man=$root/usr/share/man/man1/$program.1.gz
+  [[ -f $man ]] || fail "no manual page for $program"
+  source=$(gzip -dc "$man")
+  for option in $("$root/usr/bin/$program" --help | grep -oE -- '--[a-z][a-z-]*' | sort -u); do
+    written=${option//-/\\-} # troff writes a hyphen as \-
+    grep -qF -- "$written" <<<"$source" || fail "$program's manual page lacks $option"
+  done
 done
 
 "$root/usr/bin/orvanrcu" --version | grep -q '^OrvanRCU ' || fail "--version"
