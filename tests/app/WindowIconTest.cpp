@@ -9,15 +9,11 @@ using namespace orvan::test;
 
 namespace {
 
-struct IconSize {
-    int pixels;
-};
-
-class WindowIconTest : public ::testing::TestWithParam<IconSize> {};
+class WindowIconTest : public ::testing::TestWithParam<int> {};
 
 TEST_P(WindowIconTest, WindowCarriesTheThemesPictureAtThisSize)
 {
-    const int size = GetParam().pixels;
+    const int size = GetParam();
     StageRig rig;
     const QIcon icon = rig.window().windowIcon();
     ASSERT_TRUE(icon.availableSizes().contains(QSize(size, size)));
@@ -36,8 +32,7 @@ TEST_P(WindowIconTest, WindowCarriesTheThemesPictureAtThisSize)
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, WindowIconTest,
-                         ::testing::Values(IconSize{16}, IconSize{24}, IconSize{32}, IconSize{48},
-                                           IconSize{64}, IconSize{128}),
-                         [](const auto& info) { return std::to_string(info.param.pixels) + "px"; });
+                         ::testing::Values(16, 24, 32, 48, 64, 128),
+                         [](const auto& info) { return std::to_string(info.param) + "px"; });
 
 } // namespace
