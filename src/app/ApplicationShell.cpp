@@ -7,14 +7,39 @@
 #include "stage/StageScene.h"
 #include "stage/StageWindow.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QIcon>
 #include <QPixmapCache>
 #include <QTimer>
+
+// The window icon's pictures are rendered at build time into a resource library; naming its
+// initialiser here is what keeps the linker from dropping it. (It must be called outside any
+// namespace.)
+static void loadWindowIconResource()
+{
+    Q_INIT_RESOURCE(window_icon);
+}
 
 namespace orvan {
 
 namespace {
 constexpr int kPixmapCacheKilobytes = 64 * 1024;
+
+/// The application icon at every size compiled in (each named by its size in pixels); the
+/// pictures are decoded only when the window system asks for them.
+QIcon windowIcon()
+{
+    loadWindowIconResource();
+    const QDir pictures(QStringLiteral(":/window-icon"));
+    QIcon icon;
+    for (const QString& name : pictures.entryList(QDir::Files)) {
+        const int size = QFileInfo(name).baseName().toInt();
+        icon.addFile(pictures.filePath(name), QSize(size, size));
+    }
+    return icon;
 }
+} // namespace
 
 ApplicationShell::ApplicationShell(OrvanRCUApp& app)
     : m_stage(std::make_unique<StageScene>(app))
@@ -24,6 +49,7 @@ ApplicationShell::ApplicationShell(OrvanRCUApp& app)
     // Every plate and control keeps its look in Qt's pixmap cache. At a device-pixel ratio of 2
     // they need about 40 MB; with Qt's default 10 MB they would evict each other every frame.
     QPixmapCache::setCacheLimit(kPixmapCacheKilobytes);
+    m_window->setWindowIcon(windowIcon());
     m_window->setArrowStepHandler([this](int steps) { m_stage->adjustFocused(steps); });
     new AccessLayer(*m_stage, *m_window); // the window owns it
     // The stage shows the Orvan's dialogs; the Dunra panel has its own, with its own wording.

@@ -42,7 +42,7 @@ int main(int argc, char** argv)
     // Before any window exists, so that a screen reader's first look already sees the panels.
     orvan::AccessLayer::installFactory();
     QApplication::setApplicationName(QStringLiteral("OrvanRCU"));
-    QApplication::setDesktopFileName(QStringLiteral("org.orvanrcu.OrvanRCU"));
+    QApplication::setDesktopFileName(QStringLiteral("org.orvanrcu.orvanrcu"));
 
     orvan::SystemClock& time = orvan::SystemClock::shared();
     orvan::OrvanRCUApp app(orvan::createHostMidiSystem(), time, time);

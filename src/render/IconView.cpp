@@ -35,7 +35,7 @@ QLinearGradient diagonal(const QRectF& r)
     return QLinearGradient(r.topRight(), r.bottomLeft());
 }
 
-void paintLens(QPainter& painter, QPointF centre)
+void paintLens(QPainter& painter, QPointF centre, double digitGlow)
 {
     const QRectF lens = centred(centre, IconView::kLens);
     const QPainterPath shape = roundedRect(lens, IconView::kLensRadius);
@@ -64,7 +64,7 @@ void paintLens(QPainter& painter, QPointF centre)
 
     painter.save();
     painter.translate(lens.topLeft() + QPointF(-38, -14));
-    IconDigits::paint(painter, IconView::kLens);
+    IconDigits::paint(painter, IconView::kLens, digitGlow);
     painter.restore();
 
     QFont font;
@@ -120,16 +120,17 @@ QPainterPath IconDigits::digitPath(int index, QSizeF frame)
     return path;
 }
 
-void IconDigits::paint(QPainter& painter, QSizeF frame)
+void IconDigits::paint(QPainter& painter, QSizeF frame, double glow)
 {
     QPainterPath all;
     for (int i = 0; i < 2; ++i)
         all.addPath(digitPath(i, frame));
-    paintGlow(painter, all, Theme::blueLit(), 1.0, 22);
+    if (glow > 0)
+        paintGlow(painter, all, Theme::blueLit(), glow, 22);
     painter.fillPath(all, QColor::fromRgbF(0.7f, 0.88f, 1.0f));
 }
 
-void IconView::paint(QPainter& painter)
+void IconView::paint(QPainter& painter, double digitGlow)
 {
     const QPointF centre(kCanvas / 2, kCanvas / 2);
     const QRectF plate = centred(centre, QSizeF(kPlate, kPlate));
@@ -159,10 +160,15 @@ void IconView::paint(QPainter& painter)
     rim.setColorAt(1, QColor::fromRgbF(0, 0, 0, 0.8f));
     strokeInside(painter, plate, kPlateRadius, rim, 6);
 
-    paintLens(painter, centre);
+    paintLens(painter, centre, digitGlow);
 }
 
 QImage IconView::render()
+{
+    return renderWithDigitGlow(1);
+}
+
+QImage IconView::renderWithDigitGlow(double digitGlow)
 {
     QImage image{int(kCanvas), int(kCanvas), QImage::Format_ARGB32_Premultiplied};
     if (image.isNull())
@@ -170,7 +176,7 @@ QImage IconView::render()
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
-    paint(painter);
+    paint(painter, digitGlow);
     painter.end();
     return image;
 }

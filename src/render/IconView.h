@@ -18,9 +18,13 @@ inline constexpr double kPlateRadius = 185;
 inline constexpr QSizeF kLens{600, 400};
 inline constexpr double kLensRadius = 200;
 
-void paint(QPainter& painter);
+/// `digitGlow` scales the digits' glow: 1 is the artwork as designed.
+void paint(QPainter& painter, double digitGlow = 1);
 /// The icon at 1024 x 1024 with transparency; null if the image could not be made.
 QImage render();
+/// The same with the digits' glow scaled by `digitGlow` (0 to 1). Scaled down to a few pixels,
+/// the glow fills the gaps between the segments, so the smallest icon sizes are drawn with less.
+QImage renderWithDigitGlow(double digitGlow);
 } // namespace IconView
 
 /// The icon's two digits, "1" then "8", drawn into a frame of `frame` size.
@@ -32,7 +36,7 @@ inline constexpr double kDigitPitch = 194; ///< 150 wide with a 44 gap
 QRectF segmentRect(char segment);
 /// All lit outlines of digit number `index` (0 or 1), slanted and placed in the frame.
 QPainterPath digitPath(int index, QSizeF frame);
-void paint(QPainter& painter, QSizeF frame);
+void paint(QPainter& painter, QSizeF frame, double glow = 1);
 } // namespace IconDigits
 
 } // namespace orvan::render
