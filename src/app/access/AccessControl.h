@@ -25,12 +25,12 @@ struct GainControl {
 struct AccessControl {
     QGraphicsItem* item = nullptr;
     QAccessible::Role role = QAccessible::PushButton;
-    QString name;
-    std::function<void()> press;      ///< Space, Return and the press or toggle action; none for labels
-    std::function<bool()> isChecked;  ///< for check boxes and toggling buttons: the lamp or ring is lit
-    std::function<bool()> isSelected; ///< for readouts: the channel is selected
-    std::function<QString()> text;    ///< for labels: what the display shows (their spoken name)
-    std::optional<GainControl> gain;
+    QString name{};
+    std::function<void()> press{};      ///< Space, Return and the press or toggle action; none for labels
+    std::function<bool()> isChecked{}; ///< for check boxes and toggling buttons: the lamp or ring is lit
+    std::function<bool()> isSelected{}; ///< for readouts: the channel is selected
+    std::function<QString()> text{};   ///< for labels: what the display shows (their spoken name)
+    std::optional<GainControl> gain{};
 
     bool isFocusable() const { return bool(press) || gain.has_value(); }
 };
@@ -40,7 +40,7 @@ struct PanelAccess {
     QString name;
     const OrvanMIDI* engine = nullptr;
     QGraphicsItem* panel = nullptr;
-    std::vector<AccessControl> controls;
+    std::vector<AccessControl> controls{};
 };
 
 } // namespace orvan
