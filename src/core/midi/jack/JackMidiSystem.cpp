@@ -87,15 +87,15 @@ int onProcess(jack_nframes_t frames, void* arg)
             jack_midi_event_t event;
             if (jack_midi_event_get(&event, buffer, i) != 0)
                 continue;
-            const auto word = MidiBytes::controlChangeWord(std::span<const quint8>(event.buffer, event.size));
-            if (!word)
-                continue;
-            if (jack_ringbuffer_write_space(c->incoming) < kWordSize) {
-                c->dropped.fetch_add(1, std::memory_order_relaxed);
-                continue;
-            }
-            jack_ringbuffer_write(c->incoming, reinterpret_cast<const char*>(&*word), kWordSize);
-            received = true;
+            // One event may carry several messages (running status, realtime bytes, SysEx).
+            MidiBytes::forEachControlChange(std::span<const quint8>(event.buffer, event.size), [&](quint32 word) {
+                if (jack_ringbuffer_write_space(c->incoming) < kWordSize) {
+                    c->dropped.fetch_add(1, std::memory_order_relaxed);
+                    return;
+                }
+                jack_ringbuffer_write(c->incoming, reinterpret_cast<const char*>(&word), kWordSize);
+                received = true;
+            });
         }
         if (received)
             c->wake->raise();
