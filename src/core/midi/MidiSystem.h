@@ -41,6 +41,12 @@ public:
     virtual void connectSource(MidiPortRef inPort, MidiEndpointRef source) = 0;
     virtual void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) = 0;
 
+    /// Makes sure messages sent through `outPort` reach `destination`, whatever happened to the
+    /// destination since (a unit unplugged and plugged back in under the same name); called on
+    /// every rescan that finds it. Systems that address every message to its destination need
+    /// nothing here.
+    virtual void connectDestination(MidiPortRef /*outPort*/, MidiEndpointRef /*destination*/) {}
+
     /// Sends one message, one UMP word, now.
     virtual void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) = 0;
 };
