@@ -214,6 +214,13 @@ bool openOnWorker(Client& c)
     return true; // the server answered; this client alone failed
 }
 
+/// Main thread: whether calls may go to the client. A server gone is taken as gone from the
+/// moment the shutdown callback ran, before the main thread has heard of it.
+bool isUsable(const Client& c)
+{
+    return c.isLive && !c.serverGone.load(std::memory_order_acquire);
+}
+
 } // namespace
 
 JackMidiSystem::JackMidiSystem()
@@ -401,7 +408,7 @@ MidiPortRef JackMidiSystem::createOutputPort(MidiClientRef client, const QString
 
 JackMidiSystem::Client* JackMidiSystem::openClient() const
 {
-    const auto it = std::ranges::find_if(m_clients, [](const auto& c) { return c->isLive; });
+    const auto it = std::ranges::find_if(m_clients, [](const auto& c) { return isUsable(*c); });
     return it == m_clients.end() ? nullptr : it->get();
 }
 
@@ -411,7 +418,7 @@ JackMidiSystem::Client* JackMidiSystem::clientOf(MidiPortRef port, bool isInput)
     if (it == m_ports.end() || it->second.isInput != isInput)
         return nullptr;
     Client* c = m_clients[it->second.client - 1].get();
-    return c->isLive ? c : nullptr;
+    return isUsable(*c) ? c : nullptr;
 }
 
 // --- Main thread, woken by the process or notification callbacks ------------------------------

@@ -3,35 +3,28 @@
 #include <QFileSystemWatcher>
 #include <QString>
 #include <functional>
-#include <sys/types.h>
 
 namespace orvan {
 
-/// Tells when a JACK server (the one JACK_DEFAULT_SERVER names, else "default") starts, without
-/// polling: jackd 2 keeps its request socket, "jack_<server>_<uid>_0", in /dev/shm, and the folder
-/// is watched with inotify. A socket that appears, or is replaced by a restarted server (a killed
-/// one leaves its socket behind), calls `started` on the main thread. Unrelated changes in the
-/// folder only cost one stat() each.
+/// Tells when a JACK server (the one JACK_DEFAULT_SERVER names, else "default") may have started,
+/// without polling: jackd 2 keeps its request socket, "jack_<server>_<uid>_0", in /dev/shm, and
+/// the folder is watched with inotify. Every change in the folder while that socket exists calls
+/// `changed` on the main thread: a server creates several files there while it starts, so an
+/// attempt made too early is followed by another. A killed server leaves its socket behind; then
+/// attempts fail at once, and are made only when something in the folder changes.
 class JackServerWatch {
 public:
     /// Main thread.
-    explicit JackServerWatch(std::function<void()> started);
+    explicit JackServerWatch(std::function<void()> changed);
 
     /// The socket this watch looks for.
     const QString& socketPath() const { return m_socket; }
 
 private:
-    struct Identity {
-        ino_t inode = 0;
-        qint64 changed = 0; // nanoseconds of the last status change
-        bool operator==(const Identity&) const = default;
-    };
-    Identity identity() const;
     void onFolderChanged();
 
     QString m_socket;
-    Identity m_last;
-    std::function<void()> m_started;
+    std::function<void()> m_changed;
     QFileSystemWatcher m_watcher;
 };
 
