@@ -181,7 +181,6 @@ TEST_F(JackIntegrationTest, AUnitReplugged100TimesUnderTheSameNamesGetsWhatIsSen
     JackMidiSystem system;
     OrvanMIDI engine(Catalogue::orvan(), system, clock);
     constexpr int kReplugs = 100;
-    int reached = 0;
     for (int i = 0; i < kReplugs; ++i) {
         // when the unit comes back with the same client and port names, and the user sets a gain
         JackChild unit = simulator(QStringLiteral("Orvan"));
@@ -192,11 +191,10 @@ TEST_F(JackIntegrationTest, AUnitReplugged100TimesUnderTheSameNamesGetsWhatIsSen
 
         // then the unit gets it
         const QString expected = QStringLiteral("b0 09 %1").arg(gain, 2, 16, QLatin1Char('0'));
-        reached += waitUntil([&] { return messagesIn(unit.lines()).contains(expected); }) ? 1 : 0;
+        ASSERT_TRUE(waitUntil([&] { return messagesIn(unit.lines()).contains(expected); })) << "deaf after replug " << i;
         unit.stop();
         ASSERT_TRUE(waitUntil([&] { return !engine.isConnected(); })) << "unplug " << i;
     }
-    EXPECT_EQ(reached, kReplugs);
 }
 
 TEST_F(JackIntegrationTest, AUnitThatVanishesMidRecallAndReturnsGetsWhatIsSentAfterItsReturnOnly)
