@@ -210,5 +210,6 @@ int main(int argc, char** argv)
     orvan::ApplicationShell shell(app);
     shell.window().viewport()->installEventFilter(&probe);
     shell.show();
+    orvan::startHostMidiAfterFirstFrame(app.midiSystem(), *shell.window().viewport());
     return application.exec();
 }

@@ -3,6 +3,7 @@
 #include "IconRenderer.h"
 #include "LaunchOptions.h"
 #include "OrvanRCUApp.h"
+#include "stage/StageWindow.h"
 #include "time/SystemClock.h"
 
 #include <QApplication>
@@ -45,5 +46,6 @@ int main(int argc, char** argv)
     orvan::OrvanRCUApp app(orvan::createHostMidiSystem(), time, time);
     orvan::ApplicationShell shell(app);
     shell.show();
+    orvan::startHostMidiAfterFirstFrame(app.midiSystem(), *shell.window().viewport());
     return application.exec();
 }

@@ -161,6 +161,12 @@ void CombinedMidiSystem::detach(MidiPortRef inPort, MidiEndpointRef source)
         m_systems[e->first]->disconnectSource(port->second[e->first], e->second);
 }
 
+void CombinedMidiSystem::start()
+{
+    for (auto& system : m_systems)
+        system->start();
+}
+
 void CombinedMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
 {
     const auto e = inner(destination);

@@ -35,6 +35,7 @@ public:
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void connectDestination(MidiPortRef outPort, MidiEndpointRef destination) override;
+    void start() override;
     void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) override;
 
 private:

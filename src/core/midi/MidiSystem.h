@@ -47,6 +47,11 @@ public:
     /// nothing here.
     virtual void connectDestination(MidiPortRef /*outPort*/, MidiEndpointRef /*destination*/) {}
 
+    /// Lets a system that was told to wait begin opening what it needs (which may be slow); the
+    /// application calls it once its first frame is on screen. Systems that never wait need
+    /// nothing here.
+    virtual void start() {}
+
     /// Sends one message, one UMP word, now.
     virtual void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) = 0;
 };

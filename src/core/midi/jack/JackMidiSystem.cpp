@@ -15,6 +15,8 @@
 #include <atomic>
 #include <cerrno>
 #include <set>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace orvan {
 
@@ -28,6 +30,8 @@ constexpr std::size_t kOutgoingWords = std::size_t(1) << 12;
 constexpr jack_nframes_t kFirstFrame = 0;
 // Cycles after which a connection just made is surely in the graph the process callback runs in.
 constexpr jack_nframes_t kConnectionCycles = 2;
+// The nice value of the thread that opens and closes clients (the most polite there is).
+constexpr int kBackgroundNice = 19;
 
 /// An outgoing message and the frame it is due at.
 struct OutgoingMessage {
@@ -223,12 +227,16 @@ bool isUsable(const Client& c)
 
 } // namespace
 
-JackMidiSystem::JackMidiSystem()
+JackMidiSystem::JackMidiSystem(bool waitForStart)
+    : m_started(!waitForStart)
 {
     // A missing server is the normal case here, not an error worth printing.
     jack_set_error_function(silent);
     jack_set_info_function(silent);
     m_worker = std::make_unique<SerialWorker>();
+    // Opening clients is background work: it yields the processor to the window being drawn. The
+    // client threads JACK starts from here inherit this; its real-time thread does not.
+    m_worker->post([] { ::setpriority(PRIO_PROCESS, pid_t(::gettid()), kBackgroundNice); });
     m_watch = std::make_unique<JackServerWatch>([this] { requestOpen(); });
 }
 
@@ -268,10 +276,16 @@ quint64 JackMidiSystem::droppedReports() const
 
 // --- Opening and closing (main thread; the blocking calls on the worker) ----------------------
 
+void JackMidiSystem::start()
+{
+    m_started = true;
+    requestOpen();
+}
+
 void JackMidiSystem::requestOpen()
 {
     // Queued, so that every client created in the same turn of the main loop opens in one go.
-    if (m_openPosted)
+    if (!m_started || m_openPosted)
         return;
     m_openPosted = true;
     QMetaObject::invokeMethod(&m_context, [this] { startOpen(); }, Qt::QueuedConnection);

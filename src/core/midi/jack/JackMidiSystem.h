@@ -34,7 +34,9 @@ class SerialWorker;
 /// Display name of a port: its JACK_METADATA_PRETTY_NAME when set, else its short name.
 class JackMidiSystem final : public MidiSystem {
 public:
-    JackMidiSystem();
+    /// With `waitForStart`, nothing opens before start(): opening clients makes the server and its
+    /// real-time threads busy, which a window drawing its first frame on a small machine feels.
+    explicit JackMidiSystem(bool waitForStart = false);
     ~JackMidiSystem() override;
 
     /// Whether any client is open on a server and in use by the main thread.
@@ -53,6 +55,7 @@ public:
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void connectDestination(MidiPortRef outPort, MidiEndpointRef destination) override;
+    void start() override;
     void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) override;
 
     struct Client; // public for the C callbacks only
@@ -82,6 +85,7 @@ private:
     std::vector<std::unique_ptr<Client>> m_clients; // ref = index + 1
     std::map<MidiPortRef, PortRef> m_ports;
     MidiPortRef m_nextPort = 1;
+    bool m_started;
     bool m_openPosted = false; // a start of opening is queued on the main loop
     bool m_opening = false;    // the worker is opening clients
 
