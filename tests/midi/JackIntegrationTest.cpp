@@ -186,6 +186,8 @@ TEST_F(JackIntegrationTest, AUnitReplugged100TimesUnderTheSameNamesGetsWhatIsSen
         JackChild unit = simulator(QStringLiteral("Orvan"));
         ASSERT_TRUE(unit.start());
         ASSERT_TRUE(waitUntil([&] { return engine.isConnected(); })) << "replug " << i;
+        // our Out reaches it before anything is sent
+        ASSERT_TRUE(waitUntil([&] { return server->areConnected(kOurOut, QStringLiteral("Orvan:in")); })) << "replug " << i;
         const int gain = 6 + i % 19;
         engine.setGain(0, gain);
 

@@ -132,6 +132,12 @@ bool JackTestServer::connectPorts(const QString& from, const QString& to) const
     return m_probe && jack_connect(m_probe, from.toUtf8().constData(), to.toUtf8().constData()) == 0;
 }
 
+bool JackTestServer::areConnected(const QString& from, const QString& to) const
+{
+    jack_port_t* port = m_probe ? jack_port_by_name(m_probe, from.toUtf8().constData()) : nullptr;
+    return port && jack_port_connected_to(port, to.toUtf8().constData());
+}
+
 JackChild::JackChild(QString program, QStringList arguments)
     : m_program(std::move(program))
     , m_arguments(std::move(arguments))

@@ -38,6 +38,8 @@ public:
     /// Full port names of the server's MIDI ports.
     QStringList midiPorts() const;
     bool connectPorts(const QString& from, const QString& to) const;
+    /// Whether the server reports a connection from one port to the other.
+    bool areConnected(const QString& from, const QString& to) const;
 
 private:
     QString m_name;
