@@ -90,8 +90,9 @@ void OrvanMIDI::connect()
     m_destination = findByName(m_system.destinationCount(), [this](int i) { return m_system.destination(i); });
 
     // The unit may have come back under the same name: make sure our output reaches it again.
-    if (m_destination != 0)
-        m_system.connectDestination(m_outPort, m_destination);
+    // A destination our messages cannot reach yet is not one: the system announces it once it is.
+    if (m_destination != 0 && !m_system.connectDestination(m_outPort, m_destination))
+        m_destination = 0;
 
     bool present = false;
     if (m_source != 0) {

@@ -312,7 +312,8 @@ TEST_F(JackIntegrationTest, AResetReachesTheUnitPacedTwelveMillisecondsApartWith
     // when the whole unit is reset: 8 x +48V, a pause, 8 x (gain, pad, polarity), 8 x mute
     model.resetAll();
     constexpr int kMessages = 8 + 3 * 8 + 8;
-    ASSERT_TRUE(waitUntil([&] { return messagesIn(unit.lines()).size() >= kMessages; }, 10000));
+    ASSERT_TRUE(waitUntil([&] { return messagesIn(unit.lines()).size() >= kMessages; }, 10000))
+        << unit.lines().join(QLatin1Char('|')).toStdString();
 
     // then the unit received them in that order, spaced as paced, measured in JACK frames
     static const QRegularExpression line(QStringLiteral("^(\\d+) b0 ([0-9a-f]{2}) ([0-9a-f]{2})$"));

@@ -167,12 +167,12 @@ void CombinedMidiSystem::start()
         system->start();
 }
 
-void CombinedMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
+bool CombinedMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
 {
     const auto e = inner(destination);
     const auto port = m_ports.find(outPort);
-    if (e && port != m_ports.end() && port->second[e->first] != 0)
-        m_systems[e->first]->connectDestination(port->second[e->first], e->second);
+    return e && port != m_ports.end() && port->second[e->first] != 0
+        && m_systems[e->first]->connectDestination(port->second[e->first], e->second);
 }
 
 void CombinedMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word)

@@ -43,9 +43,10 @@ public:
 
     /// Makes sure messages sent through `outPort` reach `destination`, whatever happened to the
     /// destination since (a unit unplugged and plugged back in under the same name); called on
-    /// every rescan that finds it. Systems that address every message to its destination need
-    /// nothing here.
-    virtual void connectDestination(MidiPortRef /*outPort*/, MidiEndpointRef /*destination*/) {}
+    /// every rescan that finds it. False while they cannot reach it yet; the system then sends a
+    /// setup-changed notification once they can. Systems that address every message to its
+    /// destination need nothing here.
+    virtual bool connectDestination(MidiPortRef /*outPort*/, MidiEndpointRef /*destination*/) { return true; }
 
     /// Lets a system that was told to wait begin opening what it needs (which may be slow); the
     /// application calls it once its first frame is on screen. Systems that never wait need

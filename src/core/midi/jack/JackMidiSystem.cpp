@@ -73,6 +73,7 @@ struct JackMidiSystem::Client {
     // Main thread only.
     bool isLive = false;  // open, handed over, and its server not known to be gone
     QString outWanted;    // the destination our "Out" should be wired to
+    bool outWired = false; // and whether it was, when last looked at
     // Sources whose client was not yet active when we attached; retried when the graph changes.
     std::set<QString> pendingAttach;
     std::vector<quint32> words; // reused between wakes
@@ -447,10 +448,14 @@ void JackMidiSystem::onWake(Client& c)
         serverGone();
         return;
     }
-    const bool changed = c.setupChanged.exchange(false, std::memory_order_acq_rel);
+    bool changed = c.setupChanged.exchange(false, std::memory_order_acq_rel);
     if (c.graphChanged.exchange(false, std::memory_order_acq_rel) || changed) {
         retryAttach(c);
-        wireOut(c);
+        // A destination that could not be wired before (its client not yet active) now can:
+        // the engine hears of it as a setup change, and only then takes the unit as present.
+        const bool wasWired = c.outWired;
+        if (wireOut(c) && !wasWired && !c.outWanted.isEmpty())
+            changed = true;
     }
 
     c.words.clear();
@@ -592,36 +597,38 @@ void JackMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source
     jack_disconnect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
 }
 
-void JackMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
+bool JackMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
 {
     Client* c = clientOf(outPort, false);
     const QString name = nameOf(destination);
-    if (!c || name.isEmpty())
-        return;
-    aimOut(*c, name);
+    return c && !name.isEmpty() && aimOut(*c, name);
 }
 
-void JackMidiSystem::aimOut(Client& c, const QString& destination)
+bool JackMidiSystem::aimOut(Client& c, const QString& destination)
 {
     // Only one destination at a time: the previous one, if we wired it, goes.
     if (c.outWanted != destination && !c.outWanted.isEmpty() && c.out)
         jack_disconnect(c.handle, jack_port_name(c.out), c.outWanted.toUtf8().constData());
     c.outWanted = destination;
-    wireOut(c);
+    return wireOut(c);
 }
 
-void JackMidiSystem::wireOut(Client& c)
+bool JackMidiSystem::wireOut(Client& c)
 {
+    c.outWired = false;
     jack_port_t* out = c.out;
     if (c.outWanted.isEmpty() || !out)
-        return;
+        return false;
     const QByteArray target = c.outWanted.toUtf8();
     // The wiring JACK reports, not the one we remember: a unit that went and came back under the
     // same name has a new port, and JACK dropped our connection with the old one.
-    if (jack_port_connected_to(out, target.constData()) || !jack_port_by_name(c.handle, target.constData()))
-        return;
+    if (jack_port_connected_to(out, target.constData()))
+        return c.outWired = true;
+    if (!jack_port_by_name(c.handle, target.constData()))
+        return false;
     // A unit whose client is not active yet refuses; the next graph change tries again.
-    jack_connect(c.handle, jack_port_name(out), target.constData());
+    const int result = jack_connect(c.handle, jack_port_name(out), target.constData());
+    return c.outWired = result == 0 || result == EEXIST;
 }
 
 void JackMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word)

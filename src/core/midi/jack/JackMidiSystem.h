@@ -54,7 +54,7 @@ public:
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) override;
-    void connectDestination(MidiPortRef outPort, MidiEndpointRef destination) override;
+    bool connectDestination(MidiPortRef outPort, MidiEndpointRef destination) override;
     void start() override;
     void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) override;
 
@@ -74,8 +74,8 @@ private:
     void onWake(Client& client);
     bool attach(Client& client, const QString& source);
     void retryAttach(Client& client);
-    void aimOut(Client& client, const QString& destination);
-    void wireOut(Client& client);
+    bool aimOut(Client& client, const QString& destination);
+    bool wireOut(Client& client);
     void snapshot(bool sources);
     Client* openClient() const;
     Client* clientOf(MidiPortRef port, bool isInput) const;
