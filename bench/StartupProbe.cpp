@@ -1,6 +1,10 @@
 // Starts either the real application (with its arguments) or an empty Qt window, and prints
-// "painted <rss-kB>" as soon as the first frame is painted, then quits. The stage benchmark runs
-// it as a child process and measures from spawn to that line.
+// "painted <rss-kB>" as soon as the first frame is painted, then quits (with --stay it keeps
+// running). The stage benchmark runs it as a child process and measures from spawn to that line.
+//
+// "startup_probe --jack-startup" is that measurement's driver for JACK: on a private jackd (dummy
+// driver) it times the app's first frame with the server running, with no server, and right
+// after a copy of the app was killed (whose clients the server still holds), and prints the three.
 #include "ApplicationShell.h"
 #include "HostMidi.h"
 #include "OrvanRCUApp.h"
@@ -8,10 +12,17 @@
 #include "time/SystemClock.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
 #include <QTimer>
 #include <QWidget>
+#include <algorithm>
 #include <cstdio>
+#include <jack/jack.h>
+#include <vector>
 
 namespace {
 
@@ -27,10 +38,13 @@ long residentKilobytes()
     return -1;
 }
 
-/// Reports the first paint of a widget and ends the process.
+/// Reports the first paint of a widget and ends the process, unless asked to stay.
 class FirstPaint final : public QObject {
 public:
-    using QObject::QObject;
+    explicit FirstPaint(bool stay)
+        : m_stay(stay)
+    {
+    }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override
@@ -41,23 +55,147 @@ protected:
             QTimer::singleShot(0, [] {
                 std::printf("painted %ld\n", residentKilobytes());
                 std::fflush(stdout);
-                QCoreApplication::exit(0);
             });
+            if (!m_stay)
+                QTimer::singleShot(0, [] { QCoreApplication::exit(0); });
         }
         return QObject::eventFilter(watched, event);
     }
 
 private:
+    bool m_stay;
     bool m_done = false;
 };
+
+// --- The JACK start-up driver -----------------------------------------------------------------
+
+constexpr int kTrials = 7;
+constexpr int kLineTimeoutMs = 20000;
+constexpr int kServerTimeoutMs = 10000;
+constexpr int kPollMs = 10; // waiting on other processes, which give no event to wait on
+constexpr double kSpreadBudget = 0.10;
+const char* const kServerName = "orvan-bench-startup";
+const char* const kLastClientPort = "OrvanRCU-Melko:Out";
+
+void silent(const char*) {}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+/// A private jackd on the dummy driver, with one client of ours to look at its ports.
+class BenchServer {
+public:
+    ~BenchServer() { stop(); }
+    bool start()
+    {
+        m_jackd.setStandardOutputFile(QProcess::nullDevice());
+        m_jackd.setStandardErrorFile(QProcess::nullDevice());
+        m_jackd.start(QStringLiteral("jackd"), {QStringLiteral("-n"), QLatin1String(kServerName), QStringLiteral("-d"),
+                                                QStringLiteral("dummy"), QStringLiteral("-r"), QStringLiteral("48000"),
+                                                QStringLiteral("-p"), QStringLiteral("256")});
+        if (!m_jackd.waitForStarted())
+            return false;
+        QElapsedTimer t;
+        t.start();
+        while (!m_client && m_jackd.state() == QProcess::Running && t.elapsed() < kServerTimeoutMs) {
+            jack_status_t status{};
+            m_client = jack_client_open("orvan-bench-look", JackNoStartServer, &status);
+            if (!m_client)
+                QThread::msleep(kPollMs);
+        }
+        return m_client != nullptr;
+    }
+    void stop()
+    {
+        if (m_client)
+            jack_client_close(m_client);
+        m_client = nullptr;
+        m_jackd.terminate();
+        m_jackd.waitForFinished();
+    }
+    bool hasPort(const char* name) const { return m_client && jack_port_by_name(m_client, name); }
+
+private:
+    QProcess m_jackd;
+    jack_client_t* m_client = nullptr;
+};
+
+/// Spawns the probe running the app; returns the milliseconds to its first frame (-1: none).
+double firstFrame(QProcess& process, const QString& self, bool stay)
+{
+    QElapsedTimer t;
+    t.start();
+    process.start(self, stay ? QStringList{QStringLiteral("--stay")} : QStringList{});
+    while (process.waitForReadyRead(kLineTimeoutMs)) {
+        if (process.readLine().startsWith("painted"))
+            return double(t.nsecsElapsed()) / 1e6;
+    }
+    return -1;
+}
+
+double timedStart(const QString& self)
+{
+    QProcess process;
+    const double ms = firstFrame(process, self, false);
+    process.waitForFinished(kLineTimeoutMs); // its clients are closed before the next trial
+    return ms;
+}
+
+int jackStartup(const QString& self)
+{
+    QTemporaryDir data;
+    qputenv("XDG_DATA_HOME", data.path().toLocal8Bit());
+    qputenv("JACK_DEFAULT_SERVER", kServerName);
+    jack_set_error_function(silent);
+    jack_set_info_function(silent);
+
+    // The three cases take turns, so a machine whose load drifts weighs on all of them alike.
+    std::vector<double> running, none, afterKill;
+    for (int i = 0; i < kTrials; ++i) {
+        BenchServer server;
+        if (!server.start()) {
+            std::puts("start-up with JACK: jackd did not start");
+            return 1;
+        }
+        running.push_back(timedStart(self));
+        // A copy that got as far as opening all its clients, then killed: the server still holds
+        // them until it notices.
+        QProcess victim;
+        firstFrame(victim, self, true);
+        QElapsedTimer t;
+        t.start();
+        while (!server.hasPort(kLastClientPort) && t.elapsed() < kServerTimeoutMs)
+            QThread::msleep(kPollMs);
+        victim.kill();
+        victim.waitForFinished();
+        afterKill.push_back(timedStart(self));
+        server.stop();
+        none.push_back(timedStart(self));
+    }
+
+    const double r = median(running), n = median(none), k = median(afterKill);
+    const double spread = (std::max({r, n, k}) - std::min({r, n, k})) / std::min({r, n, k});
+    std::printf("\nStart-up to first frame, median of %d: JACK server running %.0f ms, no server %.0f ms, "
+                "right after a killed copy %.0f ms; spread %.0f %% (budget < %.0f %%): %s\n",
+                kTrials, r, n, k, spread * 100, kSpreadBudget * 100, spread < kSpreadBudget ? "met" : "NOT MET");
+    return 0;
+}
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const bool empty = argc > 1 && QByteArray(argv[1]) == "--empty-window";
+    const QByteArray mode = argc > 1 ? QByteArray(argv[1]) : QByteArray();
+    if (mode == "--jack-startup") {
+        QCoreApplication driver(argc, argv);
+        return jackStartup(QCoreApplication::applicationFilePath());
+    }
+    const bool empty = mode == "--empty-window";
     QApplication application(argc, argv);
-    FirstPaint probe;
+    FirstPaint probe(mode == "--stay");
 
     if (empty) {
         QWidget window;
@@ -72,5 +210,6 @@ int main(int argc, char** argv)
     orvan::ApplicationShell shell(app);
     shell.window().viewport()->installEventFilter(&probe);
     shell.show();
+    orvan::startHostMidiAfterFirstFrame(app.midiSystem(), *shell.window().viewport());
     return application.exec();
 }

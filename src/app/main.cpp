@@ -4,6 +4,7 @@
 #include "LaunchOptions.h"
 #include "access/AccessLayer.h"
 #include "OrvanRCUApp.h"
+#include "stage/StageWindow.h"
 #include "time/SystemClock.h"
 
 #include <QApplication>
@@ -48,5 +49,6 @@ int main(int argc, char** argv)
     orvan::OrvanRCUApp app(orvan::createHostMidiSystem(), time, time);
     orvan::ApplicationShell shell(app);
     shell.show();
+    orvan::startHostMidiAfterFirstFrame(app.midiSystem(), *shell.window().viewport());
     return application.exec();
 }

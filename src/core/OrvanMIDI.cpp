@@ -89,6 +89,11 @@ void OrvanMIDI::connect()
     m_source = findByName(m_system.sourceCount(), [this](int i) { return m_system.source(i); });
     m_destination = findByName(m_system.destinationCount(), [this](int i) { return m_system.destination(i); });
 
+    // The unit may have come back under the same name: make sure our output reaches it again.
+    // A destination our messages cannot reach yet is not one: the system announces it once it is.
+    if (m_destination != 0 && !m_system.connectDestination(m_outPort, m_destination))
+        m_destination = 0;
+
     bool present = false;
     if (m_source != 0) {
         // Attached even without a destination, so a half-present unit's reports still show.

@@ -10,6 +10,8 @@
 #include "time/SystemClock.h"
 
 #include <QRegularExpression>
+#include <atomic>
+#include <jack/midiport.h>
 #include <gtest/gtest.h>
 
 using namespace orvan;
@@ -21,11 +23,22 @@ const QString kSimulator = QStringLiteral(ORVAN_UNIT_SIM_PATH);
 // jack_midi_dump prints through stdio: line-buffer it, or nothing shows until it exits.
 const QString kLineBuffered = QStringLiteral("stdbuf");
 const QString kOurOut = QStringLiteral("OrvanRCU-Orvan:Out");
+constexpr int kUnitStartMilliseconds = 2000;
 
-JackChild simulator(const QString& displayName, QStringList extra = {})
+QStringList simulatorArguments(const QString& displayName, const QStringList& extra = {})
 {
-    return JackChild(kSimulator, QStringList{QStringLiteral("--unit"), QStringLiteral("orvan"), QStringLiteral("--name"),
-                                             displayName} + extra);
+    return QStringList{QStringLiteral("--unit"), QStringLiteral("orvan"), QStringLiteral("--name"), displayName} + extra;
+}
+
+JackChild simulator(const QString& displayName, const QStringList& extra = {})
+{
+    return JackChild(kSimulator, simulatorArguments(displayName, extra));
+}
+
+/// A unit that can be unplugged (destroyed) and plugged in again (made anew).
+std::unique_ptr<JackChild> pluggableSimulator()
+{
+    return std::make_unique<JackChild>(kSimulator, simulatorArguments(QStringLiteral("Orvan")));
 }
 
 bool isReady(const JackChild& child)
@@ -162,33 +175,127 @@ TEST_F(JackIntegrationTest, OutgoingMessagesLeaveOurOutPortAsTheProtocolsBytes)
     EXPECT_EQ(messagesIn(unit.lines()), expected);
 }
 
-TEST_F(JackIntegrationTest, MessagesSentAsTheUnitVanishesAreDroppedNotDeliveredLater)
+TEST_F(JackIntegrationTest, AUnitReplugged100TimesUnderTheSameNamesGetsWhatIsSentAfterEachReplug)
 {
-    // given a connected unit
+    // given the engine, running
     JackMidiSystem system;
     OrvanMIDI engine(Catalogue::orvan(), system, clock);
-    {
-        JackChild first = simulator(QStringLiteral("Orvan"));
-        ASSERT_TRUE(first.start());
-        ASSERT_TRUE(waitUntil([&] { return engine.isConnected(); }));
+    constexpr int kReplugs = 100;
+    for (int i = 0; i < kReplugs; ++i) {
+        // when the unit comes back with the same client and port names, and the user sets a gain
+        JackChild unit = simulator(QStringLiteral("Orvan"));
+        ASSERT_TRUE(unit.start());
+        ASSERT_TRUE(waitUntil([&] { return engine.isConnected(); })) << "replug " << i;
+        // our Out reaches it before anything is sent
+        ASSERT_TRUE(waitUntil([&] { return server->areConnected(kOurOut, QStringLiteral("Orvan:in")); })) << "replug " << i;
+        const int gain = 6 + i % 19;
+        engine.setGain(0, gain);
 
-        // when it is unplugged in the middle of a recall the engine has not yet heard about
-        first.stop();
-        ASSERT_TRUE(engine.isConnected());
-        for (int channel = 0; channel < 8; ++channel)
-            engine.set(OrvanSwitch::phantom, channel, true);
+        // then the unit gets it
+        const QString expected = QStringLiteral("b0 09 %1").arg(gain, 2, 16, QLatin1Char('0'));
+        ASSERT_TRUE(waitUntil([&] { return messagesIn(unit.lines()).contains(expected); })) << "deaf after replug " << i;
+        unit.stop();
+        ASSERT_TRUE(waitUntil([&] { return !engine.isConnected(); })) << "unplug " << i;
     }
+}
+
+TEST_F(JackIntegrationTest, AUnitThatVanishesMidRecallAndReturnsGetsWhatIsSentAfterItsReturnOnly)
+{
+    // given the model over a connected unit, paced by real timers
+    JackMidiSystem system;
+    SystemClock& time = SystemClock::shared();
+    OrvanMIDI engine(Catalogue::orvan(), system, time);
+    RCUModel model(engine, time);
+    auto first = pluggableSimulator();
+    ASSERT_TRUE(first->start());
+    ASSERT_TRUE(waitUntil([&] { return engine.isConnected(); }));
+
+    // when a reset is under way and the unit is unplugged after its first message
+    model.resetAll();
+    ASSERT_TRUE(waitUntil([&] { return !messagesIn(first->lines()).isEmpty(); }));
+    first.reset();
     ASSERT_TRUE(waitUntil([&] { return !engine.isConnected(); }));
 
-    // and a unit is plugged in again and sent one message
+    // and it comes back, and the user switches the pad of channel 2 on
     JackChild second = simulator(QStringLiteral("Orvan"));
     ASSERT_TRUE(second.start());
     ASSERT_TRUE(waitUntil([&] { return engine.isConnected(); }));
-    engine.setGain(1, 7);
+    engine.set(OrvanSwitch::pad, 1, true);
 
-    // then the new unit gets that message and none of the stale +48V ones
-    ASSERT_TRUE(waitUntil([&] { return !messagesIn(second.lines()).isEmpty(); }));
-    EXPECT_EQ(messagesIn(second.lines()), QStringList{"b0 19 07"});
+    // then the returned unit gets it, and nothing of what was sent while it was away
+    ASSERT_TRUE(waitUntil([&] { return messagesIn(second.lines()).contains(QStringLiteral("b0 12 7f")); }));
+    const QStringList received = messagesIn(second.lines());
+    EXPECT_EQ(received.first(), QStringLiteral("b0 12 7f")) << received.join(QLatin1Char('|')).toStdString();
+}
+
+/// A stand-in unit source: a JACK client whose output port is named "Orvan" and that writes one
+/// event of raw bytes on request, from its process callback.
+class RawEventSender {
+public:
+    explicit RawEventSender(std::vector<quint8> event)
+        : m_event(std::move(event))
+    {
+        jack_status_t status{};
+        m_client = jack_client_open("orvan-test-sender", JackNoStartServer, &status);
+        if (!m_client)
+            return;
+        m_port = jack_port_register(m_client, "Orvan", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
+        jack_set_process_callback(m_client, onProcess, this);
+        jack_activate(m_client);
+    }
+    ~RawEventSender()
+    {
+        if (m_client)
+            jack_client_close(m_client);
+    }
+    bool isOpen() const { return m_port != nullptr; }
+    bool isHeard() const { return m_port && jack_port_connected(m_port) > 0; }
+    void fire() { m_armed = true; }
+
+private:
+    static int onProcess(jack_nframes_t frames, void* arg)
+    {
+        auto* self = static_cast<RawEventSender*>(arg);
+        void* buffer = jack_port_get_buffer(self->m_port, frames);
+        jack_midi_clear_buffer(buffer);
+        if (self->m_armed.exchange(false))
+            jack_midi_event_write(buffer, 0, self->m_event.data(), self->m_event.size());
+        return 0;
+    }
+
+    std::vector<quint8> m_event;
+    jack_client_t* m_client = nullptr;
+    jack_port_t* m_port = nullptr;
+    std::atomic<bool> m_armed{false};
+};
+
+TEST_F(JackIntegrationTest, AnEventCarryingSeveralMessagesAppliesEveryControlChangeInItAndNothingElse)
+{
+    // given the engine listening to a source named like the unit
+    JackMidiSystem system;
+    OrvanMIDI engine(Catalogue::orvan(), system, clock);
+    std::vector<quint8> sysEx{0xF0};
+    sysEx.insert(sysEx.end(), 3000, 0x12); // reads as "pad on, channel 2" if taken for data
+    sysEx.push_back(0xF7);
+    std::vector<quint8> event{0xF8, 0xB0, 0x17, 0x7F, 0x19, 0x0A}; // clock; mute on, gain 10 by running status
+    event.insert(event.end(), sysEx.begin(), sysEx.end());
+    event.insert(event.end(), {0x93, 0x12, 0x7F, 0xE0, 0x15, 0x40}); // a note and a pitch bend
+    event.insert(event.end(), {0xB5, 0x14, 0xF8, 0x7F});             // +48V on, clock inside
+    RawEventSender sender(event);
+    ASSERT_TRUE(sender.isOpen());
+    ASSERT_TRUE(waitUntil([&] { return sender.isHeard(); }));
+
+    // when the event arrives
+    sender.fire();
+
+    // then channel 2 shows exactly the three Control Changes
+    ASSERT_TRUE(waitUntil([&] { return engine.channels()[1].phantom; }));
+    ChannelState expected = defaultChannels(8)[1];
+    expected.mute = true;
+    expected.gainValue = 10;
+    expected.phantom = true;
+    EXPECT_EQ(engine.channels()[1], expected);
+    EXPECT_EQ(engine.channels()[0], defaultChannels(8)[0]);
 }
 
 TEST_F(JackIntegrationTest, AResetReachesTheUnitPacedTwelveMillisecondsApartWithTheLongPauseAfterPhantom)
@@ -205,7 +312,8 @@ TEST_F(JackIntegrationTest, AResetReachesTheUnitPacedTwelveMillisecondsApartWith
     // when the whole unit is reset: 8 x +48V, a pause, 8 x (gain, pad, polarity), 8 x mute
     model.resetAll();
     constexpr int kMessages = 8 + 3 * 8 + 8;
-    ASSERT_TRUE(waitUntil([&] { return messagesIn(unit.lines()).size() >= kMessages; }, 10000));
+    ASSERT_TRUE(waitUntil([&] { return messagesIn(unit.lines()).size() >= kMessages; }, 10000))
+        << unit.lines().join(QLatin1Char('|')).toStdString();
 
     // then the unit received them in that order, spaced as paced, measured in JACK frames
     static const QRegularExpression line(QStringLiteral("^(\\d+) b0 ([0-9a-f]{2}) ([0-9a-f]{2})$"));
@@ -236,36 +344,88 @@ protected:
     ManualClock clock;
 };
 
-TEST_F(JackLateServerTest, AServerStartedAfterTheAppIsFoundOnTheNextRescanAndItsEndIsFollowed)
+TEST_F(JackLateServerTest, AServerStartedAfterTheEnginesIsFoundWithItsUnitWithNoUserAction)
 {
     // given the engine started with no JACK server
     JackTestServer late(QStringLiteral("late"));
     late.select();
     JackMidiSystem system;
     OrvanMIDI engine(Catalogue::orvan(), system, clock);
-    ASSERT_FALSE(system.isOpen());
+    ASSERT_TRUE(waitUntil([&] { return !system.isOpen(); }));
 
-    // when a server and the unit come up, and the user asks to look again
-    ASSERT_TRUE(late.start());
+    // when a server and the unit come up
+    ASSERT_TRUE(late.start(false));
+    ASSERT_TRUE(waitUntil([&] { return system.isOpen(); })) << "the server was not noticed";
     JackChild unit = simulator(QStringLiteral("Orvan"));
     ASSERT_TRUE(unit.start());
-    ASSERT_TRUE(waitUntil([&] { return isReady(unit); }));
-    engine.connect();
 
-    // then the unit is found at once
-    EXPECT_TRUE(engine.hardwarePresent());
-
-    // when the unit leaves and then the server stops (jackd 1.9 can die of SIGPIPE, and leave its
-    // name registered for good, when a client quits while it shuts down)
+    // then the unit is found and reached, and nobody called connect()
+    ASSERT_TRUE(waitUntil([&] { return engine.isConnected(); }));
+    engine.set(OrvanSwitch::polarity, 0, true);
+    EXPECT_TRUE(waitUntil([&] { return messagesIn(unit.lines()).contains(QStringLiteral("b0 05 7f")); }));
     unit.stop();
     ASSERT_TRUE(waitUntil([&] { return !engine.isConnected(); }));
-    late.stop();
-
-    // then our client hears the end and lets go of the server, and looking again finds nothing
-    EXPECT_TRUE(waitUntil([&] { return !system.isOpen(); }));
-    engine.connect();
-    EXPECT_FALSE(engine.hardwarePresent());
 }
+
+struct StopRow {
+    const char* how;
+    int signal;
+};
+
+class JackServerLifecycleTest : public testing::TestWithParam<StopRow> {
+protected:
+    void SetUp() override { DemoMode::shared().setActive(false); }
+    ManualClock clock;
+};
+
+TEST_P(JackServerLifecycleTest, AServerThatStopsUnderTheEnginesAndStartsAgainIsFoundAgainWithItsUnit)
+{
+    // given the three engines of the app on a server, the Orvan unit connected
+    JackTestServer server(QStringLiteral("lifecycle"));
+    ASSERT_TRUE(server.start(false));
+    auto system = createLinuxMidiSystem();
+    std::vector<std::unique_ptr<OrvanMIDI>> engines;
+    for (const DeviceSpec& spec : Catalogue::all())
+        engines.push_back(std::make_unique<OrvanMIDI>(spec, *system, clock));
+    OrvanMIDI& orvan = *engines.front();
+    std::unique_ptr<JackChild> unit;
+    // The unit comes up with the server, retrying until the server takes clients.
+    const auto plugIn = [&] {
+        return waitUntil([&] {
+            unit = pluggableSimulator();
+            return unit->start() && waitUntil([&] { return isReady(*unit); }, kUnitStartMilliseconds);
+        });
+    };
+    ASSERT_TRUE(plugIn());
+    ASSERT_TRUE(waitUntil([&] { return orvan.isConnected(); }));
+
+    for (int round = 0; round < 2; ++round) {
+        SCOPED_TRACE(round);
+        // when the server is stopped while the user keeps working (the unit goes with it)
+        server.stop(GetParam().signal);
+        orvan.setGain(0, 8);
+        unit.reset();
+        ASSERT_TRUE(waitUntil([&] { return !orvan.isConnected(); }));
+
+        // and it is started again, and the unit with it
+        ASSERT_TRUE(server.start(false));
+        ASSERT_TRUE(plugIn());
+
+        // then the engine finds the unit again with no user action, and reaches it
+        ASSERT_TRUE(waitUntil([&] { return orvan.isConnected(); }));
+        orvan.set(OrvanSwitch::mute, 2, round == 0);
+        const QString expected = round == 0 ? QStringLiteral("b0 27 7f") : QStringLiteral("b0 27 00");
+        EXPECT_TRUE(waitUntil([&] { return messagesIn(unit->lines()).contains(expected); }));
+    }
+    unit.reset();
+    // and the engines and the system close with the server still up: no crash at exit
+    engines.clear();
+    system.reset();
+}
+
+INSTANTIATE_TEST_SUITE_P(Stops, JackServerLifecycleTest,
+                         testing::Values(StopRow{"SIGTERM", SIGTERM}, StopRow{"SIGKILL", SIGKILL}),
+                         [](const auto& info) { return std::string(info.param.how); });
 
 TEST(NoMidiSystem, TheEnginesStartAndRunWithNeitherAlsaNorJack)
 {

@@ -4,6 +4,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <signal.h>
 #include <utility>
 
 namespace orvan::test {
@@ -70,7 +71,7 @@ void JackTestServer::forgetStaleServers()
         QDir(shm.filePath(folder)).removeRecursively();
 }
 
-bool JackTestServer::start()
+bool JackTestServer::start(bool probe)
 {
     // Only before this process has touched JACK: its client library keeps the table mapped.
     static bool firstStart = true;
@@ -90,6 +91,8 @@ bool JackTestServer::start()
                    QStringLiteral("-w"), QString::number(cycleMicroseconds)});
     if (!m_jackd.waitForStarted())
         return false;
+    if (!probe)
+        return true;
     return waitUntil([this] {
         if (m_jackd.state() != QProcess::Running)
             return true;
@@ -99,13 +102,13 @@ bool JackTestServer::start()
     }) && m_probe != nullptr;
 }
 
-void JackTestServer::stop()
+void JackTestServer::stop(int signal)
 {
     if (m_probe)
         jack_client_close(m_probe);
     m_probe = nullptr;
     if (m_jackd.state() != QProcess::NotRunning) {
-        m_jackd.terminate();
+        ::kill(pid_t(m_jackd.processId()), signal);
         if (!m_jackd.waitForFinished(kProcessEndMilliseconds))
             m_jackd.kill();
         m_jackd.waitForFinished();
@@ -127,6 +130,12 @@ QStringList JackTestServer::midiPorts() const
 bool JackTestServer::connectPorts(const QString& from, const QString& to) const
 {
     return m_probe && jack_connect(m_probe, from.toUtf8().constData(), to.toUtf8().constData()) == 0;
+}
+
+bool JackTestServer::areConnected(const QString& from, const QString& to) const
+{
+    jack_port_t* port = m_probe ? jack_port_by_name(m_probe, from.toUtf8().constData()) : nullptr;
+    return port && jack_port_connected_to(port, to.toUtf8().constData());
 }
 
 JackChild::JackChild(QString program, QStringList arguments)

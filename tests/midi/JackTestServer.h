@@ -3,6 +3,7 @@
 #include <QProcess>
 #include <QString>
 #include <QStringList>
+#include <csignal>
 #include <functional>
 #include <jack/jack.h>
 #include <memory>
@@ -25,16 +26,20 @@ public:
 
     /// Only points JACK_DEFAULT_SERVER at this server's name.
     void select() const;
-    /// Starts jackd and waits until a client can open on it.
     /// Removes JACK's shared-memory leftovers of dead servers when no jackd is running.
     static void forgetStaleServers();
-    bool start();
-    void stop();
+    /// Starts jackd and waits until a client can open on it. Without `probe` it only starts it:
+    /// then this process opens no client of its own, and whoever waits must find the server.
+    bool start(bool probe = true);
+    /// Ends jackd with `signal` (SIGTERM: an orderly stop; SIGKILL: it dies, leaving its socket).
+    void stop(int signal = SIGTERM);
     bool isRunning() const { return m_probe != nullptr; }
 
     /// Full port names of the server's MIDI ports.
     QStringList midiPorts() const;
     bool connectPorts(const QString& from, const QString& to) const;
+    /// Whether the server reports a connection from one port to the other.
+    bool areConnected(const QString& from, const QString& to) const;
 
 private:
     QString m_name;

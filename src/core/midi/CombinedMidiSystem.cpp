@@ -161,6 +161,20 @@ void CombinedMidiSystem::detach(MidiPortRef inPort, MidiEndpointRef source)
         m_systems[e->first]->disconnectSource(port->second[e->first], e->second);
 }
 
+void CombinedMidiSystem::start()
+{
+    for (auto& system : m_systems)
+        system->start();
+}
+
+bool CombinedMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
+{
+    const auto e = inner(destination);
+    const auto port = m_ports.find(outPort);
+    return e && port != m_ports.end() && port->second[e->first] != 0
+        && m_systems[e->first]->connectDestination(port->second[e->first], e->second);
+}
+
 void CombinedMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word)
 {
     const auto e = inner(destination);

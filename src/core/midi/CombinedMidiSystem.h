@@ -34,6 +34,8 @@ public:
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) override;
+    bool connectDestination(MidiPortRef outPort, MidiEndpointRef destination) override;
+    void start() override;
     void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) override;
 
 private:

@@ -7,7 +7,8 @@
 namespace orvan {
 
 /// The application's MIDI system: the ALSA sequencer's endpoints first, then JACK's. Either may be
-/// missing (no /dev/snd/seq, no JACK server) and is looked for again on every rescan.
-std::unique_ptr<MidiSystem> createLinuxMidiSystem();
+/// missing (no /dev/snd/seq, no JACK server) and is looked for again on every rescan. With
+/// `jackWaitsForStart`, JACK opens nothing until MidiSystem::start().
+std::unique_ptr<MidiSystem> createLinuxMidiSystem(bool jackWaitsForStart = false);
 
 } // namespace orvan

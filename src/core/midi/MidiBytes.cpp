@@ -23,15 +23,6 @@ quint32 controlChangeWord(int midiChannel, int controller, int value) noexcept
         | (quint32(value) & kDataMask);
 }
 
-std::optional<quint32> controlChangeWord(std::span<const quint8> bytes) noexcept
-{
-    if (bytes.size() < kMaxMessageSize || (bytes[0] & kKindMask) != kControlChange)
-        return std::nullopt;
-    if ((bytes[1] & kStatusBit) || (bytes[2] & kStatusBit))
-        return std::nullopt;
-    return controlChangeWord(bytes[0] & kChannelMask, bytes[1], bytes[2]);
-}
-
 std::size_t toBytes(quint32 word, Message& out) noexcept
 {
     if ((word >> 28) != kChannelVoiceType)

@@ -41,6 +41,18 @@ public:
     virtual void connectSource(MidiPortRef inPort, MidiEndpointRef source) = 0;
     virtual void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) = 0;
 
+    /// Makes sure messages sent through `outPort` reach `destination`, whatever happened to the
+    /// destination since (a unit unplugged and plugged back in under the same name); called on
+    /// every rescan that finds it. False while they cannot reach it yet; the system then sends a
+    /// setup-changed notification once they can. Systems that address every message to its
+    /// destination need nothing here.
+    virtual bool connectDestination(MidiPortRef /*outPort*/, MidiEndpointRef /*destination*/) { return true; }
+
+    /// Lets a system that was told to wait begin opening what it needs (which may be slow); the
+    /// application calls it once its first frame is on screen. Systems that never wait need
+    /// nothing here.
+    virtual void start() {}
+
     /// Sends one message, one UMP word, now.
     virtual void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) = 0;
 };

@@ -3,6 +3,8 @@
 #include "../MainThreadSignal.h"
 #include "../MidiBytes.h"
 #include "../alsa/AlsaPortListing.h"
+#include "JackServerWatch.h"
+#include "SerialWorker.h"
 
 #include <jack/jack.h>
 #include <jack/metadata.h>
@@ -13,6 +15,8 @@
 #include <atomic>
 #include <cerrno>
 #include <set>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace orvan {
 
@@ -26,6 +30,8 @@ constexpr std::size_t kOutgoingWords = std::size_t(1) << 12;
 constexpr jack_nframes_t kFirstFrame = 0;
 // Cycles after which a connection just made is surely in the graph the process callback runs in.
 constexpr jack_nframes_t kConnectionCycles = 2;
+// The nice value of the thread that opens and closes clients (the most polite there is).
+constexpr int kBackgroundNice = 19;
 
 /// An outgoing message and the frame it is due at.
 struct OutgoingMessage {
@@ -51,8 +57,9 @@ struct JackMidiSystem::Client {
     bool wantsIn = false;
     bool wantsOut = false;
 
+    // Written by the worker while it opens the client, before activation; read by the process
+    // callback, and by the main thread once the client is handed over (isLive).
     jack_client_t* handle = nullptr;
-    // Read by the process callback while the main thread may register a port.
     std::atomic<jack_port_t*> in{nullptr};
     std::atomic<jack_port_t*> out{nullptr};
     jack_ringbuffer_t* incoming = nullptr;
@@ -63,7 +70,10 @@ struct JackMidiSystem::Client {
     std::atomic<quint64> dropped{0};
     std::unique_ptr<MainThreadSignal> wake;
 
-    QString outConnectedTo;     // the destination our "Out" is wired to
+    // Main thread only.
+    bool isLive = false;  // open, handed over, and its server not known to be gone
+    QString outWanted;    // the destination our "Out" should be wired to
+    bool outWired = false; // and whether it was, when last looked at
     // Sources whose client was not yet active when we attached; retried when the graph changes.
     std::set<QString> pendingAttach;
     std::vector<quint32> words; // reused between wakes
@@ -87,15 +97,15 @@ int onProcess(jack_nframes_t frames, void* arg)
             jack_midi_event_t event;
             if (jack_midi_event_get(&event, buffer, i) != 0)
                 continue;
-            const auto word = MidiBytes::controlChangeWord(std::span<const quint8>(event.buffer, event.size));
-            if (!word)
-                continue;
-            if (jack_ringbuffer_write_space(c->incoming) < kWordSize) {
-                c->dropped.fetch_add(1, std::memory_order_relaxed);
-                continue;
-            }
-            jack_ringbuffer_write(c->incoming, reinterpret_cast<const char*>(&*word), kWordSize);
-            received = true;
+            // One event may carry several messages (running status, realtime bytes, SysEx).
+            MidiBytes::forEachControlChange(std::span<const quint8>(event.buffer, event.size), [&](quint32 word) {
+                if (jack_ringbuffer_write_space(c->incoming) < kWordSize) {
+                    c->dropped.fetch_add(1, std::memory_order_relaxed);
+                    return;
+                }
+                jack_ringbuffer_write(c->incoming, reinterpret_cast<const char*>(&word), kWordSize);
+                received = true;
+            });
         }
         if (received)
             c->wake->raise();
@@ -168,25 +178,84 @@ int onGraphOrder(void* arg)
 void onShutdown(void* arg)
 {
     auto* c = static_cast<Client*>(arg);
-    // jack_client_close must not be called from here; the main thread does it.
+    // Nothing may call into the client from here: the main thread stops using it and the
+    // worker closes it.
     c->serverGone.store(true, std::memory_order_release);
     c->wake->raise();
 }
 
+/// Worker thread: opens one client with its ports and activates it; false when no server answers.
+bool openOnWorker(Client& c)
+{
+    jack_status_t status{};
+    jack_client_t* handle = jack_client_open(c.name.toUtf8().constData(), JackNoStartServer, &status);
+    if (!handle)
+        return false;
+    // Nothing else reads these until the client is activated and handed over.
+    jack_ringbuffer_reset(c.incoming);
+    jack_ringbuffer_reset(c.outgoing);
+    c.serverGone = false;
+    c.setupChanged = false;
+    c.graphChanged = false;
+    c.handle = handle;
+
+    jack_set_process_callback(handle, onProcess, &c);
+    jack_set_port_registration_callback(handle, onPortRegistration, &c);
+    jack_set_client_registration_callback(handle, onClientRegistration, &c);
+    jack_set_port_rename_callback(handle, onPortRename, &c);
+    jack_set_property_change_callback(handle, onPropertyChange, &c);
+    jack_set_graph_order_callback(handle, onGraphOrder, &c);
+    jack_on_shutdown(handle, onShutdown, &c);
+    if (c.wantsIn)
+        c.in = jack_port_register(handle, c.inName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
+    if (c.wantsOut)
+        c.out = jack_port_register(handle, c.outName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
+    if (jack_activate(handle) == 0)
+        return true;
+    c.in = nullptr;
+    c.out = nullptr;
+    c.handle = nullptr;
+    jack_client_close(handle);
+    return true; // the server answered; this client alone failed
+}
+
+/// Main thread: whether calls may go to the client. A server gone is taken as gone from the
+/// moment the shutdown callback ran, before the main thread has heard of it.
+bool isUsable(const Client& c)
+{
+    return c.isLive && !c.serverGone.load(std::memory_order_acquire);
+}
+
 } // namespace
 
-JackMidiSystem::JackMidiSystem()
+JackMidiSystem::JackMidiSystem(bool waitForStart)
+    : m_started(!waitForStart)
 {
     // A missing server is the normal case here, not an error worth printing.
     jack_set_error_function(silent);
     jack_set_info_function(silent);
+    m_worker = std::make_unique<SerialWorker>();
+    // Opening clients is background work: it yields the processor to the window being drawn. The
+    // client threads JACK starts from here inherit this; its real-time thread does not.
+    m_worker->post([] { ::setpriority(PRIO_PROCESS, pid_t(::gettid()), kBackgroundNice); });
+    m_watch = std::make_unique<JackServerWatch>([this] { requestOpen(); });
 }
 
 JackMidiSystem::~JackMidiSystem()
 {
+    m_watch.reset();
+    // Every client still open, handed over or not (an open may be under way), is closed by the
+    // worker after whatever it is doing; joining it means no JACK thread outlives this object.
+    m_worker->post([this] {
+        for (auto& c : m_clients) {
+            c->in = nullptr;
+            c->out = nullptr;
+            if (c->handle)
+                jack_client_close(std::exchange(c->handle, nullptr));
+        }
+    });
+    m_worker.reset();
     for (auto& c : m_clients) {
-        if (c->handle)
-            jack_client_close(c->handle);
         c->wake.reset();
         jack_ringbuffer_free(c->incoming);
         jack_ringbuffer_free(c->outgoing);
@@ -206,62 +275,108 @@ quint64 JackMidiSystem::droppedReports() const
     return total;
 }
 
-// --- Opening and closing (main thread) --------------------------------------------------------
+// --- Opening and closing (main thread; the blocking calls on the worker) ----------------------
 
-void JackMidiSystem::openMissing()
+void JackMidiSystem::start()
 {
+    m_started = true;
+    requestOpen();
+}
+
+void JackMidiSystem::requestOpen()
+{
+    // Queued, so that every client created in the same turn of the main loop opens in one go.
+    if (!m_started || m_openPosted)
+        return;
+    m_openPosted = true;
+    QMetaObject::invokeMethod(&m_context, [this] { startOpen(); }, Qt::QueuedConnection);
+}
+
+void JackMidiSystem::startOpen()
+{
+    m_openPosted = false;
+    if (m_opening)
+        return; // handOver looks again for clients that were left out
+    std::vector<Client*> closed;
     for (auto& c : m_clients) {
-        if (!c->handle)
-            open(*c);
-        if (!c->handle)
-            return; // no server: one failed attempt is enough for this round
+        if (!c->isLive)
+            closed.push_back(c.get());
+    }
+    if (closed.empty())
+        return;
+    m_opening = true;
+    m_worker->post([this, closed] {
+        std::vector<Client*> opened;
+        for (Client* c : closed) {
+            if (!openOnWorker(*c))
+                break; // no server: one failed attempt is enough for this round
+            if (c->handle)
+                opened.push_back(c);
+        }
+        QMetaObject::invokeMethod(&m_context, [this, closed, opened] { handOver(closed, opened); }, Qt::QueuedConnection);
+    });
+}
+
+void JackMidiSystem::handOver(const std::vector<Client*>& tried, const std::vector<Client*>& opened)
+{
+    m_opening = false;
+    bool gone = false;
+    for (Client* c : opened) {
+        c->isLive = true;
+        gone = gone || c->serverGone.load(std::memory_order_acquire);
+    }
+    if (gone) {
+        serverGone(); // died while we were opening
+        return;
+    }
+    // A client created while the worker was busy has not been tried yet.
+    const bool untried = std::ranges::any_of(m_clients, [&](const auto& c) {
+        return !c->isLive && std::ranges::find(tried, c.get()) == tried.end();
+    });
+    if (untried && !opened.empty())
+        requestOpen();
+    for (Client* c : opened) {
+        if (c->notify)
+            c->notify(kMidiSetupChanged);
     }
 }
 
-void JackMidiSystem::open(Client& c)
+void JackMidiSystem::serverGone()
 {
-    jack_status_t status{};
-    c.handle = jack_client_open(c.name.toUtf8().constData(), JackNoStartServer, &status);
-    if (!c.handle)
-        return;
-    jack_ringbuffer_reset(c.incoming);
-    jack_ringbuffer_reset(c.outgoing);
-    c.serverGone = false;
-    c.outConnectedTo.clear();
-
-    jack_set_process_callback(c.handle, onProcess, &c);
-    jack_set_port_registration_callback(c.handle, onPortRegistration, &c);
-    jack_set_client_registration_callback(c.handle, onClientRegistration, &c);
-    jack_set_port_rename_callback(c.handle, onPortRename, &c);
-    jack_set_property_change_callback(c.handle, onPropertyChange, &c);
-    jack_set_graph_order_callback(c.handle, onGraphOrder, &c);
-    jack_on_shutdown(c.handle, onShutdown, &c);
-    openPorts(c);
-    if (jack_activate(c.handle) != 0)
-        close(c);
+    // No call reaches these clients from here on but their closing, on the worker.
+    std::vector<jack_client_t*> handles;
+    std::vector<Client*> lost;
+    for (auto& c : m_clients) {
+        if (!c->isLive)
+            continue;
+        c->isLive = false;
+        c->in = nullptr;
+        c->out = nullptr;
+        c->pendingAttach.clear();
+        handles.push_back(std::exchange(c->handle, nullptr));
+        lost.push_back(c.get());
+    }
+    m_worker->post([handles] {
+        for (jack_client_t* handle : handles)
+            jack_client_close(handle);
+    });
+    for (Client* c : lost) {
+        if (c->notify)
+            c->notify(kMidiSetupChanged);
+    }
+    // Perhaps only our clients were thrown out and the server still runs: one attempt, after the
+    // closing above. A stopped server makes it fail at once; its return is seen by the watch.
+    requestOpen();
 }
 
 void JackMidiSystem::openPorts(Client& c)
 {
-    if (!c.handle)
-        return;
-    if (c.wantsIn && !c.in) {
+    if (!c.isLive)
+        return; // the worker registers them when it opens the client
+    if (c.wantsIn && !c.in)
         c.in = jack_port_register(c.handle, c.inName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
-    }
-    if (c.wantsOut && !c.out) {
+    if (c.wantsOut && !c.out)
         c.out = jack_port_register(c.handle, c.outName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
-    }
-}
-
-void JackMidiSystem::close(Client& c)
-{
-    c.in = nullptr;
-    c.out = nullptr;
-    if (c.handle)
-        jack_client_close(c.handle);
-    c.handle = nullptr;
-    c.outConnectedTo.clear();
-    c.pendingAttach.clear();
 }
 
 MidiClientRef JackMidiSystem::createClient(const QString& name, NotifyCallback notify)
@@ -277,10 +392,7 @@ MidiClientRef JackMidiSystem::createClient(const QString& name, NotifyCallback n
     Client* raw = c.get();
     c->wake = std::make_unique<MainThreadSignal>([this, raw] { onWake(*raw); });
     m_clients.push_back(std::move(c));
-
-    // Only one attempt per round when no server runs.
-    if (m_clients.size() == 1 || openClient())
-        open(*raw);
+    requestOpen();
     return MidiClientRef(m_clients.size());
 }
 
@@ -311,7 +423,7 @@ MidiPortRef JackMidiSystem::createOutputPort(MidiClientRef client, const QString
 
 JackMidiSystem::Client* JackMidiSystem::openClient() const
 {
-    const auto it = std::ranges::find_if(m_clients, [](const auto& c) { return c->handle != nullptr; });
+    const auto it = std::ranges::find_if(m_clients, [](const auto& c) { return isUsable(*c); });
     return it == m_clients.end() ? nullptr : it->get();
 }
 
@@ -321,21 +433,30 @@ JackMidiSystem::Client* JackMidiSystem::clientOf(MidiPortRef port, bool isInput)
     if (it == m_ports.end() || it->second.isInput != isInput)
         return nullptr;
     Client* c = m_clients[it->second.client - 1].get();
-    return c->handle ? c : nullptr;
+    return isUsable(*c) ? c : nullptr;
 }
 
 // --- Main thread, woken by the process or notification callbacks ------------------------------
 
 void JackMidiSystem::onWake(Client& c)
 {
-    bool changed = c.setupChanged.exchange(false, std::memory_order_acq_rel);
-    if (c.serverGone.exchange(false, std::memory_order_acq_rel)) {
-        close(c);
-        changed = true;
+    // A client being opened, or already given up, is not ours to look at; the hand-over announces
+    // the setup anyway.
+    if (!c.isLive)
+        return;
+    if (c.serverGone.load(std::memory_order_acquire)) {
+        serverGone();
+        return;
     }
-
-    if (c.graphChanged.exchange(false, std::memory_order_acq_rel))
+    bool changed = c.setupChanged.exchange(false, std::memory_order_acq_rel);
+    if (c.graphChanged.exchange(false, std::memory_order_acq_rel) || changed) {
         retryAttach(c);
+        // A destination that could not be wired before (its client not yet active) now can:
+        // the engine hears of it as a setup change, and only then takes the unit as present.
+        const bool wasWired = c.outWired;
+        if (wireOut(c) && !wasWired && !c.outWanted.isEmpty())
+            changed = true;
+    }
 
     c.words.clear();
     while (jack_ringbuffer_read_space(c.incoming) >= kWordSize) {
@@ -357,7 +478,7 @@ bool JackMidiSystem::attach(Client& c, const QString& source)
 
 void JackMidiSystem::retryAttach(Client& c)
 {
-    if (!c.handle || !c.in)
+    if (!c.in)
         return;
     std::erase_if(c.pendingAttach, [&](const QString& source) {
         return !jack_port_by_name(c.handle, source.toUtf8().constData()) || attach(c, source);
@@ -384,14 +505,15 @@ QString JackMidiSystem::nameOf(MidiEndpointRef ref) const
 
 void JackMidiSystem::snapshot(bool sources)
 {
-    // Sources are listed first in every rescan: one attempt there is enough.
-    if (sources)
-        openMissing();
     auto& list = sources ? m_sources : m_destinations;
     list.clear();
     Client* c = openClient();
-    if (!c)
+    if (!c) {
+        // A rescan is also where a server that is not watched for (another socket folder, or a
+        // server that stayed up while only our clients were refused) gets tried again.
+        requestOpen();
         return;
+    }
     // A unit's source sends to us: its port is an output; its destination is an input.
     const char** names = jack_get_ports(c->handle, nullptr, JACK_DEFAULT_MIDI_TYPE,
                                         sources ? JackPortIsOutput : JackPortIsInput);
@@ -475,25 +597,49 @@ void JackMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source
     jack_disconnect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
 }
 
+bool JackMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
+{
+    Client* c = clientOf(outPort, false);
+    const QString name = nameOf(destination);
+    return c && !name.isEmpty() && aimOut(*c, name);
+}
+
+bool JackMidiSystem::aimOut(Client& c, const QString& destination)
+{
+    // Only one destination at a time: the previous one, if we wired it, goes.
+    if (c.outWanted != destination && !c.outWanted.isEmpty() && c.out)
+        jack_disconnect(c.handle, jack_port_name(c.out), c.outWanted.toUtf8().constData());
+    c.outWanted = destination;
+    return wireOut(c);
+}
+
+bool JackMidiSystem::wireOut(Client& c)
+{
+    c.outWired = false;
+    jack_port_t* out = c.out;
+    if (c.outWanted.isEmpty() || !out)
+        return false;
+    const QByteArray target = c.outWanted.toUtf8();
+    // The wiring JACK reports, not the one we remember: a unit that went and came back under the
+    // same name has a new port, and JACK dropped our connection with the old one.
+    if (jack_port_connected_to(out, target.constData()))
+        return c.outWired = true;
+    if (!jack_port_by_name(c.handle, target.constData()))
+        return false;
+    // A unit whose client is not active yet refuses; the next graph change tries again.
+    const int result = jack_connect(c.handle, jack_port_name(out), target.constData());
+    return c.outWired = result == 0 || result == EEXIST;
+}
+
 void JackMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word)
 {
     Client* c = clientOf(outPort, false);
     const QString name = nameOf(destination);
     if (!c || !c->out || name.isEmpty())
         return;
-    const QByteArray target = name.toUtf8();
-    if (!jack_port_by_name(c->handle, target.constData()))
+    if (!jack_port_by_name(c->handle, name.toUtf8().constData()))
         return; // the unit went away: dropped, never queued for a later unit
-
-    if (c->outConnectedTo != name) {
-        const char* ours = jack_port_name(c->out);
-        if (!c->outConnectedTo.isEmpty())
-            jack_disconnect(c->handle, ours, c->outConnectedTo.toUtf8().constData());
-        c->outConnectedTo.clear();
-        const int result = jack_connect(c->handle, ours, target.constData());
-        if (result == 0 || result == EEXIST)
-            c->outConnectedTo = name; // else tried again with the next message
-    }
+    aimOut(*c, name);
     const OutgoingMessage message{word, jack_frame_time(c->handle) + kConnectionCycles * jack_get_buffer_size(c->handle)};
     if (jack_ringbuffer_write_space(c->outgoing) >= sizeof message)
         jack_ringbuffer_write(c->outgoing, reinterpret_cast<const char*>(&message), sizeof message);

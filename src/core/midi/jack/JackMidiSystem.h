@@ -2,11 +2,15 @@
 
 #include "../MidiSystem.h"
 
+#include <QObject>
 #include <map>
 #include <memory>
 #include <vector>
 
 namespace orvan {
+
+class JackServerWatch;
+class SerialWorker;
 
 /// JACK behind the MIDI system seam. Never starts a server (JackNoStartServer).
 ///
@@ -14,20 +18,28 @@ namespace orvan {
 /// JACK's real-time thread, only moves plain words through two lock-free ring buffers and raises
 /// a MainThreadSignal: no lock, no allocation, no engine state. Outgoing words are written in the
 /// next cycle, in order; incoming Control Changes are handed to the receive callback on the main
-/// thread. Port registration, port rename, pretty-name changes, client registration and server
-/// shutdown become setup-changed notifications, also on the main thread.
+/// thread. Port registration, port rename, pretty-name changes and client registration become
+/// setup-changed notifications, also on the main thread.
 ///
-/// A client asked for while no server runs (or after its server went away) is remembered and
-/// opened by the next enumeration that finds a server; until then that costs one failed connect
-/// to the server's socket.
+/// Opening and closing clients may block for seconds (a server still waiting on a killed client),
+/// so both happen on a worker thread; the main thread never waits for the server. Clients are
+/// opened together, and only handed to the main thread once open; each then gets a setup-changed
+/// notification, the same path as hot-plug. A server that goes away (its clients' shutdown
+/// callbacks only set a flag) takes all clients with it: the main thread stops using them at once
+/// and the worker closes them, before any new client opens (JACK's client library keeps one set
+/// of per-server globals, rebuilt only once every client of the old server is closed). A server
+/// that starts later or again is noticed by a JackServerWatch and opened with no user action; a
+/// rescan with no server open also tries once.
 ///
 /// Display name of a port: its JACK_METADATA_PRETTY_NAME when set, else its short name.
 class JackMidiSystem final : public MidiSystem {
 public:
-    JackMidiSystem();
+    /// With `waitForStart`, nothing opens before start(): opening clients makes the server and its
+    /// real-time threads busy, which a window drawing its first frame on a small machine feels.
+    explicit JackMidiSystem(bool waitForStart = false);
     ~JackMidiSystem() override;
 
-    /// Whether any client is open on a server.
+    /// Whether any client is open on a server and in use by the main thread.
     bool isOpen() const;
     /// Incoming reports dropped because the main thread fell a whole ring buffer behind.
     quint64 droppedReports() const;
@@ -42,6 +54,8 @@ public:
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) override;
+    bool connectDestination(MidiPortRef outPort, MidiEndpointRef destination) override;
+    void start() override;
     void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) override;
 
     struct Client; // public for the C callbacks only
@@ -52,13 +66,16 @@ private:
         bool isInput;
     };
 
-    void openMissing();
-    void open(Client& client);
+    void requestOpen();
+    void startOpen();
+    void handOver(const std::vector<Client*>& tried, const std::vector<Client*>& opened);
+    void serverGone();
     void openPorts(Client& client);
-    void close(Client& client);
     void onWake(Client& client);
     bool attach(Client& client, const QString& source);
     void retryAttach(Client& client);
+    bool aimOut(Client& client, const QString& destination);
+    bool wireOut(Client& client);
     void snapshot(bool sources);
     Client* openClient() const;
     Client* clientOf(MidiPortRef port, bool isInput) const;
@@ -68,12 +85,19 @@ private:
     std::vector<std::unique_ptr<Client>> m_clients; // ref = index + 1
     std::map<MidiPortRef, PortRef> m_ports;
     MidiPortRef m_nextPort = 1;
+    bool m_started;
+    bool m_openPosted = false; // a start of opening is queued on the main loop
+    bool m_opening = false;    // the worker is opening clients
 
     // Endpoints are known by full port name ("client:port"); a ref stays bound to one name.
     std::map<QString, MidiEndpointRef> m_refByName;
     std::vector<QString> m_nameByRef; // ref = index + 1
     std::vector<MidiEndpointRef> m_sources;
     std::vector<MidiEndpointRef> m_destinations;
+
+    QObject m_context; // tasks posted to the main thread die with this object
+    std::unique_ptr<JackServerWatch> m_watch;
+    std::unique_ptr<SerialWorker> m_worker; // last: joined first, while the clients still exist
 };
 
 } // namespace orvan
