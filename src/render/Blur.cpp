@@ -17,6 +17,10 @@ QImage boxPassTransposed(const QImage& src, int r)
 {
     const int w = src.width(), h = src.height();
     QImage dst(h, w, QImage::Format_ARGB32_Premultiplied);
+    // The bits and the stride once: scanLine() on a non-const image checks for a detach per call,
+    // and this loop writes one pixel per call.
+    uchar* const bits = dst.bits();
+    const qsizetype stride = dst.bytesPerLine();
     const int window = 2 * r + 1;
     std::vector<quint32> row(std::size_t(w + 2 * r));
     for (int y = 0; y < h; ++y) {
@@ -34,7 +38,7 @@ QImage boxPassTransposed(const QImage& src, int r)
             quint32 out = 0;
             for (int c = 0; c < 4; ++c)
                 out |= ((sum[c] + quint32(window / 2)) / quint32(window)) << (8 * c);
-            reinterpret_cast<quint32*>(dst.scanLine(x))[y] = out;
+            reinterpret_cast<quint32*>(bits + x * stride)[y] = out;
             const quint32 leaving = row[std::size_t(x)];
             for (int c = 0; c < 4; ++c)
                 sum[c] -= (leaving >> (8 * c)) & 0xFF;
@@ -48,6 +52,8 @@ QImage boxPassTransposedAlpha(const QImage& src, int r)
 {
     const int w = src.width(), h = src.height();
     QImage dst(h, w, QImage::Format_Alpha8);
+    uchar* const bits = dst.bits();
+    const qsizetype stride = dst.bytesPerLine();
     const int window = 2 * r + 1;
     std::vector<quint8> row(std::size_t(w + 2 * r));
     for (int y = 0; y < h; ++y) {
@@ -59,7 +65,7 @@ QImage boxPassTransposedAlpha(const QImage& src, int r)
             sum += row[std::size_t(i)];
         for (int x = 0; x < w; ++x) {
             sum += row[std::size_t(x + window - 1)];
-            dst.scanLine(x)[y] = quint8((sum + quint32(window / 2)) / quint32(window));
+            bits[x * stride + y] = quint8((sum + quint32(window / 2)) / quint32(window));
             sum -= row[std::size_t(x)];
         }
     }
