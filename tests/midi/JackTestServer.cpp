@@ -14,7 +14,6 @@ namespace {
 constexpr int kEventWaitMilliseconds = 20;
 constexpr int kProcessEndMilliseconds = 5000;
 constexpr int kClientTimeoutMilliseconds = 5000;
-constexpr int kSampleRate = 48000;
 constexpr qint64 kMicrosecondsPerSecond = 1000000;
 
 void silent(const char*) {}

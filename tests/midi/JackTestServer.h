@@ -22,6 +22,7 @@ public:
     /// `periodFrames`: frames per cycle at 48 kHz.
     explicit JackTestServer(const QString& tag, int periodFrames = 256);
     int periodFrames() const { return m_periodFrames; }
+    static constexpr int kSampleRate = 48000;
     ~JackTestServer();
 
     /// Only points JACK_DEFAULT_SERVER at this server's name.
