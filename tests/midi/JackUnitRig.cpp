@@ -15,6 +15,12 @@ std::chrono::microseconds framesToTime(qint64 frames)
 
 } // namespace
 
+std::unique_ptr<SimulatedUnit> jackUnit(const QString& displayName, QStringList options)
+{
+    return std::make_unique<SimulatedUnit>(QStringLiteral(ORVAN_UNIT_SIM_PATH),
+                                           QStringList{QStringLiteral("--name"), displayName} + options, framesToTime);
+}
+
 JackUnitRig::JackUnitRig()
     : m_server(QStringLiteral("battery"))
 {
@@ -32,8 +38,7 @@ std::unique_ptr<MidiSystem> JackUnitRig::createSystem()
 
 std::unique_ptr<SimulatedUnit> JackUnitRig::unit(const QString& displayName, QStringList options)
 {
-    return std::make_unique<SimulatedUnit>(QStringLiteral(ORVAN_UNIT_SIM_PATH),
-                                           QStringList{QStringLiteral("--name"), displayName} + options, framesToTime);
+    return jackUnit(displayName, std::move(options));
 }
 
 std::chrono::microseconds JackUnitRig::stampError() const

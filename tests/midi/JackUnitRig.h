@@ -5,6 +5,9 @@
 
 namespace orvan::test {
 
+/// orvan-unit-sim on the selected JACK server under `displayName`, not yet plugged in.
+std::unique_ptr<SimulatedUnit> jackUnit(const QString& displayName, QStringList options = {});
+
 /// A private jackd on the dummy driver: the app on JackMidiSystem, units as orvan-unit-sim (one
 /// client named like the unit, ports "out" and "in" carrying its name), time stamps in JACK
 /// frames turned into microseconds.

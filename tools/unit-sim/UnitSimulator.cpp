@@ -124,7 +124,10 @@ int UnitSimulator::process(quint32 frames)
             && jack_midi_event_write(outBuffer, event.time, event.buffer, event.size) == 0)
             lastWritten = event.time;
     }
-    playDue(outBuffer, cycleStart, frames, lastWritten);
+    // Like the script, what it is told to play waits for someone to listen: JACK wires a
+    // reader's side some moments after the reader has found the unit.
+    if (jack_port_connected(out) > 0)
+        playDue(outBuffer, cycleStart, frames, lastWritten);
     if (logged)
         m_wake.raise();
     return 0;

@@ -21,7 +21,8 @@ namespace orvan {
 /// Change received is reported straight back, in the same cycle, as the hardware does; every
 /// message received is logged with its JACK frame time; scripted reports play once the app has
 /// attached to "out", one every `detentFrames`. What it is told to play reaches its real-time
-/// thread through a ring buffer and leaves "out" paced by JACK's frame clock.
+/// thread through a ring buffer and leaves "out", once something listens there, paced by JACK's
+/// frame clock.
 class UnitSimulator {
 public:
     UnitSimulator(QString displayName, std::vector<MidiBytes::Message> script, quint32 detentMilliseconds);
