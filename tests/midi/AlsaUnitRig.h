@@ -10,6 +10,9 @@ class AlsaUnitRig final : public UnitRig {
 public:
     std::unique_ptr<MidiSystem> createSystem() override;
     std::unique_ptr<SimulatedUnit> unit(const QString& displayName, QStringList options = {}) override;
+    /// The sequencer's clock advances by timer ticks (4 ms at Debian's 250 Hz): a stamp taken
+    /// next to a late tick can be off by up to one.
+    std::chrono::microseconds stampError() const override { return std::chrono::milliseconds(4); }
 };
 
 } // namespace orvan::test

@@ -1,7 +1,7 @@
 #include "JackTestServer.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
+#include "UnitRig.h"
+
 #include <QDir>
 #include <QFile>
 #include <signal.h>
@@ -11,26 +11,13 @@ namespace orvan::test {
 
 namespace {
 
-constexpr int kEventWaitMilliseconds = 20;
 constexpr int kProcessEndMilliseconds = 5000;
 constexpr int kClientTimeoutMilliseconds = 5000;
-constexpr int kSampleRate = 48000;
 constexpr qint64 kMicrosecondsPerSecond = 1000000;
 
 void silent(const char*) {}
 
 } // namespace
-
-bool waitUntil(const std::function<bool()>& condition, int timeoutMilliseconds)
-{
-    QDeadlineTimer deadline(timeoutMilliseconds);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, kEventWaitMilliseconds);
-    }
-    return true;
-}
 
 JackTestServer::JackTestServer(const QString& tag, int periodFrames)
     // A fixed name per use: JACK keeps a small table of server names in shared memory and frees
@@ -93,7 +80,7 @@ bool JackTestServer::start(bool probe)
         return false;
     if (!probe)
         return true;
-    return waitUntil([this] {
+    return waitFor([this] {
         if (m_jackd.state() != QProcess::Running)
             return true;
         jack_status_t status{};
@@ -115,64 +102,10 @@ void JackTestServer::stop(int signal)
     }
 }
 
-QStringList JackTestServer::midiPorts() const
-{
-    QStringList result;
-    if (!m_probe)
-        return result;
-    const char** names = jack_get_ports(m_probe, nullptr, JACK_DEFAULT_MIDI_TYPE, 0);
-    for (const char** n = names; n && *n; ++n)
-        result << QString::fromUtf8(*n);
-    jack_free(names);
-    return result;
-}
-
-bool JackTestServer::connectPorts(const QString& from, const QString& to) const
-{
-    return m_probe && jack_connect(m_probe, from.toUtf8().constData(), to.toUtf8().constData()) == 0;
-}
-
 bool JackTestServer::areConnected(const QString& from, const QString& to) const
 {
     jack_port_t* port = m_probe ? jack_port_by_name(m_probe, from.toUtf8().constData()) : nullptr;
     return port && jack_port_connected_to(port, to.toUtf8().constData());
-}
-
-JackChild::JackChild(QString program, QStringList arguments)
-    : m_program(std::move(program))
-    , m_arguments(std::move(arguments))
-{
-}
-
-JackChild::~JackChild()
-{
-    stop();
-}
-
-bool JackChild::start()
-{
-    m_process = std::make_unique<QProcess>();
-    m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    QObject::connect(m_process.get(), &QProcess::readyReadStandardOutput, m_process.get(),
-                     [this] { m_output += QString::fromUtf8(m_process->readAllStandardOutput()); });
-    m_process->start(m_program, m_arguments);
-    return m_process->waitForStarted();
-}
-
-void JackChild::stop()
-{
-    if (!m_process || m_process->state() == QProcess::NotRunning)
-        return;
-    m_process->terminate();
-    if (!m_process->waitForFinished(kProcessEndMilliseconds))
-        m_process->kill();
-    m_process->waitForFinished();
-    m_output += QString::fromUtf8(m_process->readAllStandardOutput());
-}
-
-QStringList JackChild::lines() const
-{
-    return m_output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 } // namespace orvan::test

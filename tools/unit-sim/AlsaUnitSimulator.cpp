@@ -153,7 +153,7 @@ void AlsaUnitSimulator::playScript()
     }
 }
 
-void AlsaUnitSimulator::play(const QByteArray& bytes, std::chrono::microseconds spacing)
+bool AlsaUnitSimulator::play(const QByteArray& bytes, std::chrono::microseconds spacing)
 {
     snd_midi_event_reset_encode(m_encoder);
     auto at = std::chrono::microseconds(0);
@@ -166,6 +166,7 @@ void AlsaUnitSimulator::play(const QByteArray& bytes, std::chrono::microseconds 
             at += spacing;
         }
     }
+    return true;
 }
 
 // To every subscriber of the unit's port: now, or `at` from now on the unit's queue.

@@ -31,7 +31,8 @@ public:
 
     /// The unit sends `bytes`, a MIDI byte stream (running status, realtime bytes and SysEx
     /// included), to whoever listens: at once, or one message every `spacing` on the queue.
-    void play(const QByteArray& bytes, std::chrono::microseconds spacing);
+    /// Always true: the kernel takes what it can.
+    bool play(const QByteArray& bytes, std::chrono::microseconds spacing);
 
 private:
     void readEvents();

@@ -1,17 +1,24 @@
 #include "UnitSimulator.h"
 
+#include "MidiStream.h"
+
 #include <jack/jack.h>
 #include <jack/metadata.h>
 #include <jack/midiport.h>
 #include <jack/ringbuffer.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace orvan {
 
 namespace {
 
 constexpr std::size_t kLogEntries = 4096;
+// Room for what is waiting to be played: a flood of ten thousand reports, or a long SysEx.
+constexpr std::size_t kPlayRingBytes = 4 * 1024 * 1024;
+constexpr qint64 kMicrosecondsPerSecond = 1000000;
 constexpr quint8 kControlChange = 0xB0;
 constexpr quint8 kKindMask = 0xF0;
 constexpr quint32 kMillisecondsPerSecond = 1000;
@@ -34,10 +41,12 @@ UnitSimulator::UnitSimulator(QString displayName, std::vector<MidiBytes::Message
     , m_script(std::move(script))
     , m_detentMilliseconds(detentMilliseconds)
     , m_log(jack_ringbuffer_create(kLogEntries * sizeof(LogEntry)))
+    , m_plays(jack_ringbuffer_create(kPlayRingBytes))
     , m_wake([this] { printLog(); })
     , m_stdout(stdout)
 {
     jack_ringbuffer_mlock(m_log);
+    jack_ringbuffer_mlock(m_plays);
 }
 
 UnitSimulator::~UnitSimulator()
@@ -45,6 +54,7 @@ UnitSimulator::~UnitSimulator()
     if (m_client)
         jack_client_close(m_client);
     jack_ringbuffer_free(m_log);
+    jack_ringbuffer_free(m_plays);
 }
 
 bool UnitSimulator::start()
@@ -53,7 +63,8 @@ bool UnitSimulator::start()
     m_client = jack_client_open(m_displayName.toUtf8().constData(), JackNoStartServer, &status);
     if (!m_client)
         return false;
-    m_detentFrames = jack_get_sample_rate(m_client) * m_detentMilliseconds / kMillisecondsPerSecond;
+    m_sampleRate = jack_get_sample_rate(m_client);
+    m_detentFrames = m_sampleRate * m_detentMilliseconds / kMillisecondsPerSecond;
     jack_set_process_callback(m_client, processCallback, this);
     jack_on_shutdown(m_client, shutdownCallback, this);
     if (jack_activate(m_client) != 0)
@@ -94,6 +105,8 @@ int UnitSimulator::process(quint32 frames)
         }
     }
 
+    // Events in a cycle must be written in time order.
+    jack_nframes_t lastWritten = 0;
     bool logged = false;
     const jack_nframes_t count = jack_midi_get_event_count(inBuffer);
     for (jack_nframes_t i = 0; i < count; ++i) {
@@ -107,12 +120,68 @@ int UnitSimulator::process(quint32 frames)
             jack_ringbuffer_write(m_log, reinterpret_cast<const char*>(&entry), sizeof entry);
             logged = true;
         }
-        if (event.size == MidiBytes::kMaxMessageSize && (event.buffer[0] & kKindMask) == kControlChange)
-            jack_midi_event_write(outBuffer, event.time, event.buffer, event.size);
+        if (event.size == MidiBytes::kMaxMessageSize && (event.buffer[0] & kKindMask) == kControlChange
+            && jack_midi_event_write(outBuffer, event.time, event.buffer, event.size) == 0)
+            lastWritten = event.time;
     }
+    // Like the script, what it is told to play waits for someone to listen: JACK wires a
+    // reader's side some moments after the reader has found the unit.
+    if (jack_port_connected(out) > 0)
+        playDue(outBuffer, cycleStart, frames, lastWritten);
     if (logged)
         m_wake.raise();
     return 0;
+}
+
+// Main thread.
+bool UnitSimulator::play(const QByteArray& bytes, std::chrono::microseconds spacing)
+{
+    const std::vector<QByteArray> messages = midiMessagesOf(bytes);
+    std::size_t needed = 0;
+    for (const QByteArray& message : messages)
+        needed += sizeof(PlayHeader) + std::size_t(message.size());
+    if (jack_ringbuffer_write_space(m_plays) < needed)
+        return false;
+    const auto delayFrames = quint32((spacing.count() * m_sampleRate + kMicrosecondsPerSecond / 2) / kMicrosecondsPerSecond);
+    bool first = true;
+    for (const QByteArray& message : messages) {
+        const PlayHeader header{quint32(message.size()), delayFrames, std::exchange(first, false)};
+        // The header goes first: the real-time thread takes a message only once all of it is there.
+        jack_ringbuffer_write(m_plays, reinterpret_cast<const char*>(&header), sizeof header);
+        jack_ringbuffer_write(m_plays, message.constData(), std::size_t(message.size()));
+    }
+    return true;
+}
+
+// JACK's real-time thread: writes every message of the play ring that falls due in this cycle,
+// no earlier in the cycle than `earliest`. One the port has no room left for waits for the next
+// cycle; one larger than any event the port takes is dropped alone, as a sequencer drops what
+// exceeds its pool, so the messages behind it still go.
+void UnitSimulator::playDue(void* outBuffer, jack_nframes_t cycleStart, jack_nframes_t frames, jack_nframes_t earliest)
+{
+    PlayHeader header{};
+    while (jack_ringbuffer_peek(m_plays, reinterpret_cast<char*>(&header), sizeof header) == sizeof header
+           && jack_ringbuffer_read_space(m_plays) >= sizeof header + header.size) {
+        // Frame times wrap around; their differences, taken signed, do not.
+        const jack_nframes_t due = header.startsLine
+            ? (qint32(m_lastPlayedFrame - cycleStart) > 0 ? m_lastPlayedFrame : cycleStart)
+            : m_lastPlayedFrame + header.delayFrames;
+        if (qint32(due - (cycleStart + frames)) >= 0)
+            return;
+        const jack_nframes_t offset = std::max<jack_nframes_t>(earliest, qint32(due - cycleStart) > 0 ? due - cycleStart : 0);
+        jack_midi_data_t* slot = header.size <= jack_midi_max_event_size(outBuffer)
+            ? jack_midi_event_reserve(outBuffer, offset, header.size)
+            : nullptr;
+        if (!slot && jack_midi_get_event_count(outBuffer) > 0)
+            return;
+        jack_ringbuffer_read_advance(m_plays, sizeof header);
+        if (slot)
+            jack_ringbuffer_read(m_plays, reinterpret_cast<char*>(slot), header.size);
+        else
+            jack_ringbuffer_read_advance(m_plays, header.size);
+        m_lastPlayedFrame = due;
+        earliest = offset;
+    }
 }
 
 // JACK's notification thread.

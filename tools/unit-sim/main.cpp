@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <csignal>
+#include <memory>
 #include <cstdio>
 #include <unistd.h>
 
@@ -19,6 +20,8 @@ constexpr quint32 kDefaultDetentMilliseconds = 40;
 constexpr int kExitNoServer = 2;
 constexpr int kExitBadArguments = 3;
 constexpr std::size_t kReadChunk = 64 * 1024;
+// How much of a refused line an error message quotes.
+constexpr qsizetype kQuotedLine = 80;
 
 const char kDescription[] =
     "Stands in for one OrvanRCU unit, on JACK (the default) or on the ALSA sequencer (--alsa).\n"
@@ -28,9 +31,10 @@ const char kDescription[] =
     "arrived; on ALSA it is microseconds of the simulator's own sequencer queue, stamped by the\n"
     "kernel on arrival. Every Control Change is reported straight back, as the hardware does.\n"
     "\n"
-    "On ALSA the unit is one client named like the unit, with one port, as a USB unit is; each\n"
-    "line on standard input, \"[+MICROSECONDS] HEX HEX ...\", is a MIDI byte stream the unit sends\n"
-    "(all at once, or one message every MICROSECONDS).\n"
+    "Each line on standard input, \"[+MICROSECONDS] HEX HEX ...\", is a MIDI byte stream the unit\n"
+    "sends (all at once, or one message every MICROSECONDS).\n"
+    "\n"
+    "On ALSA the unit is one client named like the unit, with one port, as a USB unit is.\n"
     "\n"
     "Ends on SIGINT or SIGTERM, or when the JACK server goes away.";
 
@@ -71,6 +75,20 @@ private:
     std::function<void(const QString&)> m_onLine;
     QByteArray m_pending;
 };
+
+/// Each line of standard input is something for the unit to play.
+template <typename Simulator>
+std::unique_ptr<StandardInputLines> playStandardInput(Simulator& simulator)
+{
+    return std::make_unique<StandardInputLines>([&simulator](const QString& line) {
+        if (const auto request = orvan::parsePlayLine(line)) {
+            if (!simulator.play(request->bytes, request->spacing))
+                std::fprintf(stderr, "too much at once, not played: %s\n", qPrintable(line.left(kQuotedLine)));
+        } else if (!line.trimmed().isEmpty()) {
+            std::fprintf(stderr, "bad line: %s\n", qPrintable(line.left(kQuotedLine)));
+        }
+    });
+}
 
 } // namespace
 
@@ -128,12 +146,7 @@ int main(int argc, char** argv)
             std::fprintf(stderr, "no ALSA sequencer\n");
             return kExitNoServer;
         }
-        StandardInputLines input([&](const QString& line) {
-            if (const auto request = orvan::parsePlayLine(line))
-                simulator.play(request->bytes, request->spacing);
-            else if (!line.trimmed().isEmpty())
-                std::fprintf(stderr, "bad line: %s\n", qPrintable(line));
-        });
+        const auto input = playStandardInput(simulator);
         result = app.exec();
     } else {
         orvan::UnitSimulator simulator(displayName, std::move(script), detent);
@@ -142,6 +155,7 @@ int main(int argc, char** argv)
             std::fprintf(stderr, "no JACK server\n");
             return kExitNoServer;
         }
+        const auto input = playStandardInput(simulator);
         result = app.exec();
     }
     quitSignal = nullptr;
