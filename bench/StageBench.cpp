@@ -86,32 +86,65 @@ QImage frameFor(const Rig& rig, double dpr)
     return image;
 }
 
+double lowest(const std::vector<double>& values)
+{
+    return values.empty() ? 0 : *std::min_element(values.begin(), values.end());
+}
+
+/// Paints the whole window into `image` once; returns the milliseconds it took.
+double paintOnce(const Rig& rig, QImage& image)
+{
+    QElapsedTimer t;
+    t.start();
+    QPainter p(&image);
+    static_cast<QWidget&>(rig.shell->window()).render(&p);
+    p.end();
+    return elapsedMs(t);
+}
+
 void stagePaint()
 {
+    // Several runs, each on a fresh application, since one run on a loaded machine proves little:
+    // the budget must hold for the worst run's median, not just for the luckiest frame. Each run
+    // also paints with every plate as a translucent layer of its own (the older way), taking
+    // turns with the app's own way, so the gain is read as a ratio from the same moments.
+    constexpr int kRuns = 5;
+    constexpr int kWarmFrames = 25;
     for (double dpr : {1.0, 2.0}) {
-        Rig rig(true);
-        QImage image = frameFor(rig, dpr);
-        QElapsedTimer t;
-        t.start();
-        {
-            QPainter p(&image);
-            static_cast<QWidget&>(rig.shell->window()).render(&p);
+        std::vector<double> cold, runMedians, allFrames, layered;
+        for (int run = 0; run < kRuns; ++run) {
+            Rig rig(true);
+            QImage image = frameFor(rig, dpr);
+            cold.push_back(paintOnce(rig, image));
+            std::vector<double> warm, asLayers;
+            for (int i = 0; i < kWarmFrames; ++i) {
+                warm.push_back(paintOnce(rig, image));
+                rig.shell->stage().setPlatesInBackground(false);
+                paintOnce(rig, image); // the layers' caches fill
+                asLayers.push_back(paintOnce(rig, image));
+                rig.shell->stage().setPlatesInBackground(true);
+                paintOnce(rig, image); // the background cache fills
+            }
+            runMedians.push_back(median(warm));
+            allFrames.insert(allFrames.end(), warm.begin(), warm.end());
+            layered.insert(layered.end(), asLayers.begin(), asLayers.end());
         }
-        const double cold = elapsedMs(t);
-        std::vector<double> warm;
-        for (int i = 0; i < 25; ++i) {
-            t.restart();
-            QPainter p(&image);
-            static_cast<QWidget&>(rig.shell->window()).render(&p);
-            p.end();
-            warm.push_back(elapsedMs(t));
-        }
-        const double budget = dpr == 1 ? 4 : 12;
-        addRow(QStringLiteral("Full stage paint, demo, %1x: cold").arg(dpr), QStringLiteral("%1 ms").arg(cold, 0, 'f', 1),
-               QStringLiteral("(first frame)"), true);
-        addRow(QStringLiteral("Full stage paint, demo, %1x: warm median").arg(dpr),
-               QStringLiteral("%1 ms").arg(median(warm), 0, 'f', 2), QStringLiteral("%1 ms").arg(budget),
-               median(warm) <= budget);
+        const double budget = dpr == 1 ? 2 : 8;
+        const double worst = *std::max_element(runMedians.begin(), runMedians.end());
+        addRow(QStringLiteral("Full stage paint, demo, %1x: cold (median of %2)").arg(dpr).arg(kRuns),
+               QStringLiteral("%1 ms").arg(median(cold), 0, 'f', 1), QStringLiteral("(first frame)"), true);
+        addRow(QStringLiteral("Full stage paint, demo, %1x: warm min / median / worst run").arg(dpr),
+               QStringLiteral("%1 / %2 / %3 ms")
+                   .arg(lowest(allFrames), 0, 'f', 2)
+                   .arg(median(allFrames), 0, 'f', 2)
+                   .arg(worst, 0, 'f', 2),
+               QStringLiteral("%1 ms every run").arg(budget), worst <= budget);
+        addRow(QStringLiteral("  same, every plate a layer: min / median (ratio)"),
+               QStringLiteral("%1 / %2 ms (%3 x)")
+                   .arg(lowest(layered), 0, 'f', 2)
+                   .arg(median(layered), 0, 'f', 2)
+                   .arg(median(allFrames) / median(layered), 0, 'f', 2),
+               QStringLiteral("(before)"), true);
     }
 }
 
@@ -285,7 +318,7 @@ void startup(const QString& probe)
 {
     std::vector<double> app, empty;
     long appRss = 0, emptyRss = 0;
-    for (int i = 0; i < 5; ++i) {
+    for (int i = 0; i < 7; ++i) {
         const Launch a = launch(probe, {QStringLiteral("--demo")});
         const Launch e = launch(probe, {QStringLiteral("--empty-window")});
         app.push_back(a.ms);
@@ -293,14 +326,17 @@ void startup(const QString& probe)
         appRss = std::max(appRss, a.rssKb);
         emptyRss = std::max(emptyRss, e.rssKb);
     }
+    // Side by side, taking turns, so a load that drifts weighs on both alike.
     const double ratio = median(app) / median(empty);
-    addRow(QStringLiteral("Start-up to first frame (empty Qt window: %1 ms)").arg(median(empty), 0, 'f', 0),
-           QStringLiteral("%1 ms (%2 x)").arg(median(app), 0, 'f', 0).arg(ratio, 0, 'f', 2), QStringLiteral("< 1.5 x"),
-           ratio < 1.5);
+    addRow(QStringLiteral("Start-up to first frame: empty Qt window, min / median"),
+           QStringLiteral("%1 / %2 ms").arg(lowest(empty), 0, 'f', 0).arg(median(empty), 0, 'f', 0), QString(), true);
+    addRow(QStringLiteral("Start-up to first frame: OrvanRCU, min / median (ratio)"),
+           QStringLiteral("%1 / %2 ms (%3 x)").arg(lowest(app), 0, 'f', 0).arg(median(app), 0, 'f', 0).arg(ratio, 0, 'f', 2),
+           QStringLiteral("< 1.6 x"), ratio < 1.6);
     const double extraMb = (appRss - emptyRss) / 1024.0;
     addRow(QStringLiteral("Resident memory after start (empty window: %1 MB)").arg(emptyRss / 1024.0, 0, 'f', 1),
            QStringLiteral("%1 MB (+%2 MB)").arg(appRss / 1024.0, 0, 'f', 1).arg(extraMb, 0, 'f', 1),
-           QStringLiteral("< +30 MB"), extraMb < 30);
+           QStringLiteral("< +20 MB"), extraMb < 20);
 }
 
 void iconExport(const QString& app)

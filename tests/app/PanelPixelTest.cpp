@@ -250,3 +250,80 @@ TEST(ScriptName, EachShadowLiesOneOffsetFurtherOut)
     };
     EXPECT_GT(darkPixels(2), darkPixels(1) * 1.5) << "the second shadow shows beside the first";
 }
+
+namespace {
+
+/// The window painted into an image at `ratio` device pixels per window point.
+QImage renderWindow(StageRig& rig, double ratio)
+{
+    QImage image(rig.window().size() * ratio, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
+    image.fill(Qt::black);
+    QPainter painter(&image);
+    static_cast<QWidget&>(rig.window()).render(&painter);
+    return image;
+}
+
+/// How many pixels differ, and by how much at most in one channel.
+struct Difference {
+    int pixels = 0;
+    int largest = 0;
+};
+
+Difference compare(const QImage& a, const QImage& b)
+{
+    Difference d;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x) {
+            const QRgb p = a.pixel(x, y), q = b.pixel(x, y);
+            const int channel = std::max({std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)),
+                                          std::abs(qBlue(p) - qBlue(q)), std::abs(qAlpha(p) - qAlpha(q))});
+            if (channel > 0)
+                ++d.pixels;
+            d.largest = std::max(d.largest, channel);
+        }
+    }
+    return d;
+}
+
+} // namespace
+
+// Drawing the plates into the background is only a faster way of showing the same thing: the
+// window must look as it does with every plate a layer of its own, lit or dimmed, at 1x and 2x,
+// and after a panel changed between dimmed and lit once the first frame was shown. Laying the
+// plate over the backdrop inside the background instead of over a copy of it may round a
+// channel by a level or two; a plate missing, unsmoothed, stale or at the wrong opacity is off
+// by tens of levels.
+TEST(PanelPixels, PlatesInTheBackgroundLookExactlyLikePlatesAsLayers)
+{
+    struct Case {
+        const char* name;
+        bool demoAtStart;
+        bool demoAfterFirstFrame;
+        double ratio;
+    };
+    const Case cases[] = {
+        {"all lit, 1x", true, true, 1},
+        {"all lit, 2x", true, true, 2},
+        {"all dimmed, 2x", false, false, 2},
+        {"lit after the first frame, 2x", false, true, 2},
+        {"dimmed after the first frame, 1x", true, false, 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        StageRig rig({}, c.demoAtStart);
+        StageScene& stage = rig.shell->stage();
+        renderWindow(rig, c.ratio); // the first frame, with the start-up look
+        DemoMode::shared().setActive(c.demoAfterFirstFrame);
+        QApplication::processEvents();
+        const QImage flattened = renderWindow(rig, c.ratio);
+
+        stage.setPlatesInBackground(false);
+        const QImage layered = renderWindow(rig, c.ratio);
+        stage.setPlatesInBackground(true);
+
+        const Difference d = compare(flattened, layered);
+        constexpr int kRounding = 2;
+        EXPECT_LE(d.largest, kRounding) << d.pixels << " pixels differ";
+    }
+}

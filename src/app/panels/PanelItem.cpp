@@ -3,7 +3,9 @@
 #include "OrvanMIDI.h"
 #include "RCUModel.h"
 
+#include <QGraphicsScene>
 #include <QPainter>
+#include <QPaintDevice>
 
 namespace orvan {
 
@@ -51,6 +53,45 @@ QRectF PanelItem::boundingRect() const
     return QRectF(QPointF(0, 0), m_plateSize).marginsAdded(kShadowMargins);
 }
 
+void PanelItem::setPlateInBackground(bool inBackground)
+{
+    m_plate->setVisible(!inBackground);
+    m_flatPlate = QImage();
+}
+
+bool PanelItem::plateInBackground() const
+{
+    return !m_plate->isVisible();
+}
+
+void PanelItem::paintPlateInto(QPainter& painter, QPainter::RenderHints hints)
+{
+    // The same steps as the layer's device-coordinate cache: paint the plate alone into a clear
+    // image one pixel larger on each side than its rounded device bounds (keeping the fractional
+    // offset), then lay it over what is below at the panel's opacity. Painting it straight onto
+    // the backdrop would round differently, and would apply the opacity to each stroke instead
+    // of to the whole plate.
+    const double ratio = painter.device()->devicePixelRatioF();
+    const QTransform toDevice = sceneTransform() * painter.worldTransform() * QTransform::fromScale(ratio, ratio);
+    const QRect pixels = toDevice.mapRect(m_plate->boundingRect()).toRect().adjusted(-1, -1, 1, 1);
+    if (m_flatPlate.isNull() || toDevice != m_flatPlateTransform || hints != m_flatPlateHints) {
+        m_flatPlate = QImage(pixels.size(), QImage::Format_ARGB32_Premultiplied);
+        m_flatPlate.fill(Qt::transparent);
+        QPainter p(&m_flatPlate);
+        p.setRenderHints(hints);
+        p.setWorldTransform(toDevice * QTransform::fromTranslate(-pixels.left(), -pixels.top()));
+        paintPlate(p);
+        m_flatPlateTransform = toDevice;
+        m_flatPlateHints = hints;
+    }
+    m_flatPlate.setDevicePixelRatio(ratio);
+    painter.save();
+    painter.resetTransform();
+    painter.setOpacity(effectiveOpacity());
+    painter.drawImage(QPointF(pixels.topLeft()) / ratio, m_flatPlate);
+    painter.restore();
+}
+
 void PanelItem::startFollowing()
 {
     OrvanMIDI& engine = midi();
@@ -70,6 +111,8 @@ void PanelItem::refreshAll()
     if (connected != m_wasConnected) {
         m_wasConnected = connected;
         setOpacity(connected ? 1.0 : kDisconnectedOpacity);
+        if (plateInBackground() && scene())
+            scene()->invalidate(sceneBoundingRect(), QGraphicsScene::BackgroundLayer);
         connectionChanged(connected);
         area = boundingRect();
     }

@@ -3,6 +3,9 @@
 #include "items/Refreshable.h"
 
 #include <QGraphicsObject>
+#include <QImage>
+#include <QPainter>
+#include <QTransform>
 #include <functional>
 #include <vector>
 
@@ -28,6 +31,14 @@ public:
     void paint(QPainter*, const QStyleOptionGraphicsItem*, QWidget*) override {}
 
     static constexpr double kDisconnectedOpacity = 0.5;
+
+    /// With true, the plate is no longer a translucent layer of its own: the stage draws it into
+    /// its opaque background through `paintPlateInto`, so a frame blends one layer fewer.
+    void setPlateInBackground(bool inBackground);
+    bool plateInBackground() const;
+    /// Draws the plate exactly as its own cached layer would look, at the panel's opacity.
+    /// `painter` draws in scene coordinates; `hints` are those the view paints its items with.
+    void paintPlateInto(QPainter& painter, QPainter::RenderHints hints);
 
     /// Registers a control that follows the engine and model; returns it for convenience.
     template <typename Item>
@@ -64,6 +75,9 @@ private:
     };
     std::vector<Follower> m_followers;
     bool m_wasConnected = false;
+    QImage m_flatPlate; ///< the plate at device resolution, for the background
+    QTransform m_flatPlateTransform;
+    QPainter::RenderHints m_flatPlateHints;
 };
 
 } // namespace orvan

@@ -15,6 +15,7 @@
 #include "panels/OrvanPanelItem.h"
 #include "panels/ReflectionItem.h"
 
+#include <QGraphicsView>
 #include <QPainter>
 
 namespace orvan {
@@ -67,6 +68,15 @@ StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
     m_demoPill = new DemoPillItem({&m_orvan.midi(), &m_dunra.midi(), &m_melko.midi()}, DemoMode::shared());
     m_demoPill->setPos(kCanvas.width() / 2, kCanvas.height() - kFooterBottom - DemoPillItem::kPillSize.height() / 2);
     addItem(m_demoPill);
+
+    setPlatesInBackground(true);
+}
+
+void StageScene::setPlatesInBackground(bool inBackground)
+{
+    for (PanelItem* panel : std::initializer_list<PanelItem*>{m_dunraPanel, m_orvanPanel})
+        panel->setPlateInBackground(inBackground);
+    invalidate(sceneRect(), BackgroundLayer);
 }
 
 void StageScene::drawBackground(QPainter* painter, const QRectF& exposed)
@@ -74,6 +84,13 @@ void StageScene::drawBackground(QPainter* painter, const QRectF& exposed)
     // The window is rounded up to whole pixels: the sliver beyond the canvas stays black.
     painter->fillRect(exposed, Qt::black);
     paintBackdrop(*painter, sceneRect());
+    // In stacking order, as the plates' own layers would be drawn. The background's painter
+    // carries none of the view's render hints, but the layers are painted with them.
+    const QPainter::RenderHints hints = painter->renderHints() | (views().isEmpty() ? QPainter::RenderHints() : views().first()->renderHints());
+    for (PanelItem* panel : std::initializer_list<PanelItem*>{m_dunraPanel, m_orvanPanel}) {
+        if (panel->plateInBackground())
+            panel->paintPlateInto(*painter, hints);
+    }
 }
 
 void StageScene::adjustFocused(int steps)
