@@ -97,8 +97,25 @@ bool AlsaUnitSimulator::start()
         QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [this] { readEvents(); });
         m_notifiers.push_back(std::move(notifier));
     }
+    // An app that attached between the unit's port appearing and the announce port listening was
+    // never announced to us: ask the kernel instead.
+    if (hasReader())
+        playScript();
     m_stdout << "ready " << m_displayName << ' ' << snd_seq_client_id(m_seq) << ':' << m_port << Qt::endl;
     return true;
+}
+
+bool AlsaUnitSimulator::hasReader() const
+{
+    snd_seq_query_subscribe_t* query = nullptr;
+    snd_seq_query_subscribe_alloca(&query);
+    snd_seq_addr_t self{};
+    self.client = static_cast<unsigned char>(snd_seq_client_id(m_seq));
+    self.port = static_cast<unsigned char>(m_port);
+    snd_seq_query_subscribe_set_root(query, &self);
+    snd_seq_query_subscribe_set_type(query, SND_SEQ_QUERY_SUBS_READ);
+    snd_seq_query_subscribe_set_index(query, 0);
+    return snd_seq_query_port_subscribers(m_seq, query) == 0;
 }
 
 void AlsaUnitSimulator::readEvents()

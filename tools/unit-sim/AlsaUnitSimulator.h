@@ -37,6 +37,8 @@ public:
 private:
     void readEvents();
     void log(const snd_seq_event_t& event);
+    /// Whether anyone reads the unit's port already.
+    bool hasReader() const;
     void playScript();
     void output(snd_seq_event_t& event, std::chrono::microseconds at);
 
