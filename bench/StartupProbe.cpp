@@ -69,7 +69,7 @@ private:
 
 // --- The JACK start-up driver -----------------------------------------------------------------
 
-constexpr int kTrials = 7;
+constexpr int kTrials = 15;
 constexpr int kLineTimeoutMs = 20000;
 constexpr int kServerTimeoutMs = 10000;
 constexpr int kPollMs = 10; // waiting on other processes, which give no event to wait on
