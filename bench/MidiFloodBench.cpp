@@ -6,6 +6,7 @@
 #include "DemoMode.h"
 #include "JackTestServer.h"
 #include "OrvanMIDI.h"
+#include "UnitRig.h"
 #include "midi/jack/JackMidiSystem.h"
 #include "time/ManualClock.h"
 
@@ -141,7 +142,7 @@ int main(int argc, char** argv)
     jack_port_t* out = jack_port_register(unit.client, "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
     for (jack_port_t* p : {out, unit.in})
         jack_set_property(unit.client, jack_port_uuid(p), JACK_METADATA_PRETTY_NAME, "Orvan", "text/plain");
-    if (!test::waitUntil([&] { return engine.isConnected(); })) {
+    if (!test::waitFor([&] { return engine.isConnected(); })) {
         std::fprintf(stderr, "the engine did not find the flooding unit\n");
         return 1;
     }
@@ -162,8 +163,10 @@ int main(int argc, char** argv)
     sinceTick.start();
     tick.start();
     unit.out.store(out, std::memory_order_release);
-    test::waitUntil([&] { return unit.written.load() >= unit.total; }, seconds * 1000 + kDrainTimeoutMilliseconds);
-    const bool done = test::waitUntil([&] { return applied >= unit.total; }, kDrainTimeoutMilliseconds / 10);
+    test::waitFor([&] { return unit.written.load() >= unit.total; },
+                  std::chrono::milliseconds(seconds * 1000 + kDrainTimeoutMilliseconds));
+    const bool done = test::waitFor([&] { return applied >= unit.total; },
+                                      std::chrono::milliseconds(kDrainTimeoutMilliseconds / 10));
     const qint64 elapsedMs = wall.elapsed();
     tick.stop();
 
