@@ -15,8 +15,6 @@
 #include <atomic>
 #include <cerrno>
 #include <set>
-#include <sys/resource.h>
-#include <unistd.h>
 
 namespace orvan {
 
@@ -30,8 +28,6 @@ constexpr std::size_t kOutgoingWords = std::size_t(1) << 12;
 constexpr jack_nframes_t kFirstFrame = 0;
 // Cycles after which a connection just made is surely in the graph the process callback runs in.
 constexpr jack_nframes_t kConnectionCycles = 2;
-// The nice value of the thread that opens and closes clients (the most polite there is).
-constexpr int kBackgroundNice = 19;
 
 /// An outgoing message and the frame it is due at.
 struct OutgoingMessage {
@@ -235,9 +231,8 @@ JackMidiSystem::JackMidiSystem(bool waitForStart)
     jack_set_error_function(silent);
     jack_set_info_function(silent);
     m_worker = std::make_unique<SerialWorker>();
-    // Opening clients is background work: it yields the processor to the window being drawn. The
-    // client threads JACK starts from here inherit this; its real-time thread does not.
-    m_worker->post([] { ::setpriority(PRIO_PROCESS, pid_t(::gettid()), kBackgroundNice); });
+    // The worker keeps the process's own priority: every thread JACK starts from it inherits its
+    // nice value, and on a server without real-time scheduling that includes the process thread.
     m_watch = std::make_unique<JackServerWatch>([this] { requestOpen(); });
 }
 
