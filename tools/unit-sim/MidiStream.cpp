@@ -1,5 +1,7 @@
 #include "MidiStream.h"
 
+#include "midi/MidiBytes.h"
+
 namespace orvan {
 
 namespace {
@@ -9,9 +11,6 @@ constexpr quint8 kSystemFirst = 0xF0;
 constexpr quint8 kSysExStart = 0xF0;
 constexpr quint8 kSysExEnd = 0xF7;
 constexpr quint8 kRealtimeFirst = 0xF8;
-constexpr quint8 kKindMask = 0xF0;
-constexpr quint8 kProgramChange = 0xC0;
-constexpr quint8 kChannelPressure = 0xD0;
 constexpr quint8 kTimeCodeQuarterFrame = 0xF1;
 constexpr quint8 kSongPosition = 0xF2;
 constexpr quint8 kSongSelect = 0xF3;
@@ -19,10 +18,8 @@ constexpr quint8 kSongSelect = 0xF3;
 /// Data bytes that follow `status`.
 int dataBytesOf(quint8 status)
 {
-    if (status < kSystemFirst) {
-        const quint8 kind = status & kKindMask;
-        return kind == kProgramChange || kind == kChannelPressure ? 1 : 2;
-    }
+    if (status < kSystemFirst)
+        return MidiBytes::detail::dataBytesOf(status); // the engine's own rule for channel messages
     if (status == kTimeCodeQuarterFrame || status == kSongSelect)
         return 1;
     return status == kSongPosition ? 2 : 0;
