@@ -1,188 +1,117 @@
-#include "DemoSamples.h"
 #include "EngineFixture.h"
+
+#include <array>
 
 using namespace orvan;
 using namespace orvan::test;
 
+namespace {
+
+ChannelState sample(qint64 gain, std::initializer_list<bool ChannelState::*> on = {})
+{
+    ChannelState c;
+    c.gainValue = gain;
+    for (auto field : on)
+        c.*field = true;
+    return c;
+}
+
+/// The sample sets a user sees in demo mode, written out by hand.
+ChannelStates samplesOf(const QString& title)
+{
+    using C = ChannelState;
+    if (title == QLatin1String("Orvan"))
+        return {sample(8), sample(10, {&C::phantom}), sample(6), sample(15, {&C::polarity}),
+                sample(12, {&C::phantom}), sample(18, {&C::pad}), sample(21, {&C::mute}), sample(24)};
+    if (title == QLatin1String("Dunra"))
+        return {sample(9, {&C::phantom}), sample(7, {&C::di})};
+    return {sample(14, {&C::phantom, &C::hpf})};
+}
+
+} // namespace
+
 class Demo : public EngineFixture {
 protected:
-    struct Engines {
-        std::unique_ptr<OrvanMIDI> orvan, dunra, melko;
-    };
+    using Engines = std::array<std::unique_ptr<OrvanMIDI>, 3>;
+
     /// Builds the three engines in catalogue order, as the application does at start.
-    Engines startApp()
+    Engines startApp(MidiSystem& world)
     {
-        Engines e;
-        e.orvan = makeEngine(Catalogue::orvan());
-        e.dunra = makeEngine(Catalogue::dunra());
-        e.melko = makeEngine(Catalogue::melko());
-        return e;
+        return {std::make_unique<OrvanMIDI>(Catalogue::orvan(), world, clock),
+                std::make_unique<OrvanMIDI>(Catalogue::dunra(), world, clock),
+                std::make_unique<OrvanMIDI>(Catalogue::melko(), world, clock)};
     }
 };
 
-TEST_F(Demo, StartedWithDemoAndNoUnitEveryEngineShowsItsSamplesAndNothingIsSent)
+TEST_F(Demo, StartedWithDemoAndNoUnitEveryEngineShowsItsSamplesAndTakesChangesLocally)
 {
+    midi.addDestination(QStringLiteral("Melko")); // only half there: demo state, yet requests reach it
     DemoMode::shared().setActive(true);
-    auto e = startApp();
+    const auto engines = startApp(midi);
 
-    for (OrvanMIDI* engine : {e.orvan.get(), e.dunra.get(), e.melko.get()}) {
-        EXPECT_TRUE(engine->isConnected());
-        EXPECT_FALSE(engine->hardwarePresent());
-        EXPECT_EQ(engine->channels(), demoSamples(engine->spec().title));
-        for (int ch = 0; ch < engine->spec().channelCount; ++ch) {
-            engine->setGain(ch, 9);
-            engine->set(OrvanSwitch::mute, ch, true);
+    for (const auto& engine : engines) {
+        const std::string title = engine->spec().title.toStdString();
+        EXPECT_TRUE(engine->isConnected()) << title;
+        EXPECT_FALSE(engine->hardwarePresent()) << title;
+        EXPECT_EQ(engine->channels(), samplesOf(engine->spec().title)) << title;
+        engine->setGain(0, 20);
+        engine->set(OrvanSwitch::mute, 0, true);
+        EXPECT_EQ(engine->channels()[0].gainValue, 20) << title;
+        EXPECT_TRUE(engine->channels()[0].mute) << title;
+    }
+    ASSERT_EQ(midi.sent().size(), 2u) << "only the Melko's destination hears the requests";
+    EXPECT_EQ(midi.sent()[0].word, 0x20B00914u);
+    EXPECT_EQ(midi.sent()[1].word, 0x20B0077Fu);
+}
+
+TEST_F(Demo, AUnitPresentAtStartOrPluggedInLaterEndsDemoForEveryEngine)
+{
+    struct Row { const char* plugged; bool beforeStart; };
+    for (const Row& row : {Row{"Orvan", true}, Row{"Dunra", true}, Row{"Melko", false}, Row{"Something else", false}}) {
+        SCOPED_TRACE(row.plugged);
+        VirtualMidiSystem world;
+        DemoMode::shared().setActive(true);
+        if (row.beforeStart)
+            world.addDevice(row.plugged);
+        const auto engines = startApp(world);
+        if (!row.beforeStart) {
+            world.addDevice(row.plugged);
+            deliverPosted();
+        }
+
+        const bool aUnitCame = QLatin1String(row.plugged) != QLatin1String("Something else");
+        EXPECT_EQ(DemoMode::shared().active(), !aUnitCame);
+        for (const auto& engine : engines) {
+            const bool present = engine->spec().portName == QLatin1String(row.plugged);
+            EXPECT_EQ(engine->hardwarePresent(), present) << engine->spec().title.toStdString();
+            EXPECT_EQ(engine->isConnected(), present || !aUnitCame) << engine->spec().title.toStdString();
+            EXPECT_EQ(engine->channels(), aUnitCame ? ChannelStates(engine->spec().channelCount)
+                                                    : samplesOf(engine->spec().title));
         }
     }
-    EXPECT_TRUE(midi.sent().empty());
 }
 
-TEST_F(Demo, SampleSetsHoldTheDocumentedSettings)
-{
-    const auto orvan = demoSamples("Orvan");
-    ASSERT_EQ(orvan.size(), 8);
-    const qint64 orvanGains[] = {8, 10, 6, 15, 12, 18, 21, 24};
-    for (int i = 0; i < 8; ++i)
-        EXPECT_EQ(orvan[i].gainValue, orvanGains[i]);
-    EXPECT_TRUE(orvan[1].phantom && orvan[4].phantom && orvan[3].polarity && orvan[5].pad && orvan[6].mute);
-    EXPECT_FALSE(orvan[0].phantom || orvan[2].phantom || orvan[7].mute);
-
-    const auto dunra = demoSamples("Dunra");
-    ASSERT_EQ(dunra.size(), 2);
-    EXPECT_EQ(dunra[0].gainValue, 9);
-    EXPECT_TRUE(dunra[0].phantom);
-    EXPECT_EQ(dunra[1].gainValue, 7);
-    EXPECT_TRUE(dunra[1].di);
-
-    const auto melko = demoSamples("Melko");
-    ASSERT_EQ(melko.size(), 1);
-    EXPECT_EQ(melko[0].gainValue, 14);
-    EXPECT_TRUE(melko[0].phantom && melko[0].hpf);
-}
-
-TEST_F(Demo, StartedWithDemoWhileTheOrvanIsPluggedInNoEngineHoldsDemoState)
-{
-    midi.addDevice("Orvan");
-    DemoMode::shared().setActive(true);
-    auto e = startApp();
-
-    EXPECT_FALSE(DemoMode::shared().active());
-    EXPECT_TRUE(e.orvan->hardwarePresent());
-    EXPECT_EQ(e.orvan->channels(), defaultChannels(8));
-    EXPECT_FALSE(e.dunra->isConnected());
-    EXPECT_FALSE(e.melko->isConnected());
-}
-
-TEST_F(Demo, StartedWithDemoWhileOnlyTheDunraIsPluggedInTheOrvanLeavesItsSamplesAgain)
-{
-    midi.addDevice("Dunra");
-    DemoMode::shared().setActive(true);
-    auto e = startApp();
-
-    EXPECT_FALSE(DemoMode::shared().active());
-    EXPECT_FALSE(e.orvan->isConnected());
-    EXPECT_FALSE(e.orvan->demoLoaded());
-    EXPECT_EQ(e.orvan->channels(), defaultChannels(8));
-    EXPECT_TRUE(e.dunra->hardwarePresent());
-    EXPECT_FALSE(e.melko->isConnected());
-}
-
-TEST_F(Demo, AUnitPluggedInDuringDemoEndsDemoForEveryEngine)
+TEST_F(Demo, SwitchedOffEveryEngineReturnsToDefaultsAndAssigningTrueAgainReloadsTheSamples)
 {
     DemoMode::shared().setActive(true);
-    auto e = startApp();
-
-    midi.addDevice("Orvan");
-    deliverPosted();
-
-    EXPECT_FALSE(DemoMode::shared().active());
-    EXPECT_TRUE(e.orvan->hardwarePresent());
-    EXPECT_EQ(e.orvan->channels(), defaultChannels(8));
-    EXPECT_FALSE(e.dunra->isConnected());
-    EXPECT_EQ(e.dunra->channels(), defaultChannels(2));
-    EXPECT_FALSE(e.melko->isConnected());
-}
-
-TEST_F(Demo, ASetupChangeThatBringsNoUnitLeavesDemoStateAlone)
-{
+    const auto engines = startApp(midi);
+    engines[1]->setGain(0, 20);
     DemoMode::shared().setActive(true);
-    auto e = startApp();
-    e.orvan->setGain(0, 20);
-
-    midi.addDevice("Something else");
-    deliverPosted();
-
-    EXPECT_TRUE(e.orvan->isConnected());
-    EXPECT_EQ(e.orvan->channels()[0].gainValue, 20);
-}
-
-TEST_F(Demo, SwitchedOffEveryEngineReturnsToDefaultsAndAPresentOneStaysConnected)
-{
-    DemoMode::shared().setActive(true);
-    auto e = startApp();
-    const auto dunra = midi.addDevice("Dunra"); // found only when something looks again
-    (void)dunra;
+    EXPECT_EQ(engines[1]->channels(), samplesOf("Dunra"));
 
     DemoMode::shared().setActive(false);
-
-    EXPECT_FALSE(e.orvan->isConnected());
-    EXPECT_EQ(e.orvan->channels(), defaultChannels(8));
-    EXPECT_FALSE(e.melko->isConnected());
-    EXPECT_EQ(e.melko->channels(), defaultChannels(1));
-}
-
-TEST_F(Demo, AssigningTrueAgainReloadsTheSamples)
-{
-    DemoMode::shared().setActive(true);
-    auto e = startApp();
-    e.dunra->setGain(0, 20);
-    DemoMode::shared().setActive(true);
-    EXPECT_EQ(e.dunra->channels(), demoSamples("Dunra"));
+    for (const auto& engine : engines) {
+        EXPECT_FALSE(engine->isConnected());
+        EXPECT_EQ(engine->channels(), ChannelStates(engine->spec().channelCount));
+    }
 }
 
 TEST_F(Demo, APresentUnitNeverShowsDemoState)
 {
     midi.addDevice("Melko");
-    auto e = startApp();
+    const auto engines = startApp(midi);
     DemoMode::shared().setActive(true);
-    EXPECT_TRUE(e.melko->hardwarePresent());
-    EXPECT_FALSE(e.melko->demoLoaded());
-    EXPECT_EQ(e.melko->channels(), defaultChannels(1));
-    EXPECT_TRUE(e.orvan->demoLoaded());
-}
-
-TEST_F(Demo, TheUnverifiedMelkoTakesLocalChangesOnlyInDemoState)
-{
-    DemoMode::shared().setActive(true);
-    auto e = startApp();
-    e.melko->set(OrvanSwitch::phantom, 0, false);
-    EXPECT_FALSE(e.melko->channels()[0].phantom);
-    e.melko->setGain(0, 20);
-    EXPECT_EQ(e.melko->channels()[0].gainValue, 20);
-    EXPECT_TRUE(midi.sent().empty());
-}
-
-TEST_F(Demo, AUnitWithOnlyItsDestinationHoldsDemoStateAndReceivesDemoRequests)
-{
-    midi.addDestination(QStringLiteral("Melko"));
-    DemoMode::shared().setActive(true);
-    auto e = startApp();
-    ASSERT_TRUE(e.melko->demoLoaded());
-
-    e.melko->set(OrvanSwitch::hpf, 0, false);
-
-    ASSERT_EQ(midi.sent().size(), 1u);
-    EXPECT_EQ(midi.sent()[0].controller(), 1);
-    EXPECT_EQ(midi.sent()[0].value(), 0);
-}
-
-TEST_F(Demo, EveryAssignmentIsHeardEvenWhenTheValueDoesNotChange)
-{
-    int heard = 0;
-    QObject context;
-    DemoMode::shared().subscribe(&context, [&](bool) { ++heard; });
-    EXPECT_EQ(heard, 1) << "the current value is delivered at once";
-    DemoMode::shared().setActive(false);
-    DemoMode::shared().setActive(false);
-    EXPECT_EQ(heard, 3);
+    EXPECT_FALSE(engines[2]->demoLoaded());
+    EXPECT_EQ(engines[2]->channels(), ChannelStates(1));
+    EXPECT_TRUE(engines[0]->demoLoaded());
 }

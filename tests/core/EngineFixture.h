@@ -18,17 +18,14 @@ protected:
     EngineFixture() { DemoMode::shared().setActive(false); }
     ~EngineFixture() override { DemoMode::shared().setActive(false); }
 
-    std::unique_ptr<OrvanMIDI> makeEngine(const DeviceSpec& spec)
-    {
-        return std::make_unique<OrvanMIDI>(spec, midi, clock);
-    }
+    std::unique_ptr<OrvanMIDI> makeEngine(const DeviceSpec& spec) { return std::make_unique<OrvanMIDI>(spec, midi, clock); }
 
     /// Runs the work that MIDI callbacks posted to the main thread.
     static void deliverPosted() { QCoreApplication::sendPostedEvents(); }
 
-    void report(VirtualMidiSystem::Device unit, int controller, int value, int midiChannel = 0, int group = 0)
+    void report(VirtualMidiSystem::Device unit, int controller, int value)
     {
-        midi.injectControlChange(unit.source, controller, value, midiChannel, group);
+        midi.injectControlChange(unit.source, controller, value);
         deliverPosted();
     }
 
