@@ -72,6 +72,8 @@ struct JackMidiSystem::Client {
     bool outWired = false; // and whether it was, when last looked at
     // Sources whose client was not yet active when we attached; retried when the graph changes.
     std::set<QString> pendingAttach;
+    // Sources to detach once the rescan that asked for it is over, unless it attached them again.
+    std::set<QString> pendingDetach;
     std::vector<quint32> words; // reused between wakes
 };
 
@@ -348,6 +350,7 @@ void JackMidiSystem::serverGone()
         c->in = nullptr;
         c->out = nullptr;
         c->pendingAttach.clear();
+        c->pendingDetach.clear();
         handles.push_back(std::exchange(c->handle, nullptr));
         lost.push_back(c.get());
     }
@@ -574,6 +577,7 @@ void JackMidiSystem::connectSource(MidiPortRef inPort, MidiEndpointRef source)
     const QString name = nameOf(source);
     if (!c || !c->in || name.isEmpty())
         return;
+    c->pendingDetach.erase(name); // a rescan that finds the same source again: the link never went down
     // A client that registered its ports before activating refuses connections until it is
     // active; the attach is then retried on the next graph change.
     if (attach(*c, name))
@@ -589,7 +593,26 @@ void JackMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source
     if (!c || !c->in || name.isEmpty())
         return;
     c->pendingAttach.erase(name);
-    jack_disconnect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
+    // The engine detaches its source and attaches it again on every rescan. Done at once, JACK
+    // would run a cycle or more without the connection and a unit that stays would lose every
+    // report it sent meanwhile; so the detach waits for the rescan to end, and an attach of the
+    // same source before then cancels it.
+    c->pendingDetach.insert(name);
+    if (std::exchange(m_detachPosted, true))
+        return;
+    QMetaObject::invokeMethod(&m_context, [this] { flushDetaches(); }, Qt::QueuedConnection);
+}
+
+void JackMidiSystem::flushDetaches()
+{
+    m_detachPosted = false;
+    for (auto& c : m_clients) {
+        const std::set<QString> names = std::exchange(c->pendingDetach, {});
+        if (!isUsable(*c) || !c->in)
+            continue;
+        for (const QString& name : names)
+            jack_disconnect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
+    }
 }
 
 bool JackMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
@@ -615,12 +638,13 @@ bool JackMidiSystem::wireOut(Client& c)
     if (c.outWanted.isEmpty() || !out)
         return false;
     const QByteArray target = c.outWanted.toUtf8();
-    // The wiring JACK reports, not the one we remember: a unit that went and came back under the
-    // same name has a new port, and JACK dropped our connection with the old one.
-    if (jack_port_connected_to(out, target.constData()))
-        return c.outWired = true;
     if (!jack_port_by_name(c.handle, target.constData()))
         return false;
+    // The wiring JACK reports, not the one we remember: a unit that went and came back under the
+    // same name has a new port, and JACK dropped our connection with the old one. Asked by
+    // connecting, which JACK answers at once (EEXIST when the connection stands): its own
+    // questions about connections sleep a whole cycle whenever any graph change is pending, and
+    // the main loop must not, in the middle of a flood of reports.
     // A unit whose client is not active yet refuses; the next graph change tries again.
     const int result = jack_connect(c.handle, jack_port_name(out), target.constData());
     return c.outWired = result == 0 || result == EEXIST;

@@ -74,6 +74,7 @@ private:
     void onWake(Client& client);
     bool attach(Client& client, const QString& source);
     void retryAttach(Client& client);
+    void flushDetaches();
     bool aimOut(Client& client, const QString& destination);
     bool wireOut(Client& client);
     void snapshot(bool sources);
@@ -88,6 +89,7 @@ private:
     bool m_started;
     bool m_openPosted = false; // a start of opening is queued on the main loop
     bool m_opening = false;    // the worker is opening clients
+    bool m_detachPosted = false; // a flush of deferred detaches is queued on the main loop
 
     // Endpoints are known by full port name ("client:port"); a ref stays bound to one name.
     std::map<QString, MidiEndpointRef> m_refByName;
