@@ -63,6 +63,7 @@ struct JackMidiSystem::Client {
     std::atomic<bool> setupChanged{false};
     std::atomic<bool> serverGone{false};
     std::atomic<bool> graphChanged{false};
+    std::atomic<bool> connectionGone{false}; // some connection in the graph went, perhaps ours
     std::atomic<quint64> dropped{0};
     std::unique_ptr<MainThreadSignal> wake;
 
@@ -72,6 +73,8 @@ struct JackMidiSystem::Client {
     bool outWired = false; // and whether it was, when last looked at
     // Sources whose client was not yet active when we attached; retried when the graph changes.
     std::set<QString> pendingAttach;
+    // Sources to detach once the rescan that asked for it is over, unless it attached them again.
+    std::set<QString> pendingDetach;
     std::vector<quint32> words; // reused between wakes
 };
 
@@ -171,6 +174,17 @@ int onGraphOrder(void* arg)
     return 0;
 }
 
+// Whose connection went is not worth finding out here: disconnections are rare, and the main
+// thread looks at our own wiring once for any of them.
+void onPortConnect(jack_port_id_t, jack_port_id_t, int connected, void* arg)
+{
+    if (connected)
+        return;
+    auto* c = static_cast<Client*>(arg);
+    c->connectionGone.store(true, std::memory_order_release);
+    c->wake->raise();
+}
+
 void onShutdown(void* arg)
 {
     auto* c = static_cast<Client*>(arg);
@@ -193,6 +207,7 @@ bool openOnWorker(Client& c)
     c.serverGone = false;
     c.setupChanged = false;
     c.graphChanged = false;
+    c.connectionGone = false;
     c.handle = handle;
 
     jack_set_process_callback(handle, onProcess, &c);
@@ -201,6 +216,7 @@ bool openOnWorker(Client& c)
     jack_set_port_rename_callback(handle, onPortRename, &c);
     jack_set_property_change_callback(handle, onPropertyChange, &c);
     jack_set_graph_order_callback(handle, onGraphOrder, &c);
+    jack_set_port_connect_callback(handle, onPortConnect, &c);
     jack_on_shutdown(handle, onShutdown, &c);
     if (c.wantsIn)
         c.in = jack_port_register(handle, c.inName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
@@ -348,6 +364,7 @@ void JackMidiSystem::serverGone()
         c->in = nullptr;
         c->out = nullptr;
         c->pendingAttach.clear();
+        c->pendingDetach.clear();
         handles.push_back(std::exchange(c->handle, nullptr));
         lost.push_back(c.get());
     }
@@ -444,14 +461,18 @@ void JackMidiSystem::onWake(Client& c)
         return;
     }
     bool changed = c.setupChanged.exchange(false, std::memory_order_acq_rel);
-    if (c.graphChanged.exchange(false, std::memory_order_acq_rel) || changed) {
+    const bool graphChanged = c.graphChanged.exchange(false, std::memory_order_acq_rel);
+    const bool connectionGone = c.connectionGone.exchange(false, std::memory_order_acq_rel);
+    if (graphChanged || connectionGone || changed)
         retryAttach(c);
-        // A destination that could not be wired before (its client not yet active) now can:
-        // the engine hears of it as a setup change, and only then takes the unit as present.
-        const bool wasWired = c.outWired;
-        if (wireOut(c) && !wasWired && !c.outWanted.isEmpty())
-            changed = true;
-    }
+    // A destination that could not be wired before (its client not yet active) now can: the
+    // engine hears of it as a setup change, and only then takes the unit as present. A wired Out
+    // is looked at again only when a connection went: looking is itself a graph change (see
+    // wireOut), so doing it on every graph change would never end. A setup change has the
+    // engine rescan, which looks anyway.
+    const bool wasWired = c.outWired;
+    if (((graphChanged && !wasWired) || connectionGone) && wireOut(c) && !wasWired && !c.outWanted.isEmpty())
+        changed = true;
 
     c.words.clear();
     while (jack_ringbuffer_read_space(c.incoming) >= kWordSize) {
@@ -574,6 +595,7 @@ void JackMidiSystem::connectSource(MidiPortRef inPort, MidiEndpointRef source)
     const QString name = nameOf(source);
     if (!c || !c->in || name.isEmpty())
         return;
+    c->pendingDetach.erase(name); // a rescan that finds the same source again: the link never went down
     // A client that registered its ports before activating refuses connections until it is
     // active; the attach is then retried on the next graph change.
     if (attach(*c, name))
@@ -589,7 +611,26 @@ void JackMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source
     if (!c || !c->in || name.isEmpty())
         return;
     c->pendingAttach.erase(name);
-    jack_disconnect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
+    // The engine detaches its source and attaches it again on every rescan. Done at once, JACK
+    // would run a cycle or more without the connection and a unit that stays would lose every
+    // report it sent meanwhile; so the detach waits for the rescan to end, and an attach of the
+    // same source before then cancels it.
+    c->pendingDetach.insert(name);
+    if (std::exchange(m_detachPosted, true))
+        return;
+    QMetaObject::invokeMethod(&m_context, [this] { flushDetaches(); }, Qt::QueuedConnection);
+}
+
+void JackMidiSystem::flushDetaches()
+{
+    m_detachPosted = false;
+    for (auto& c : m_clients) {
+        const std::set<QString> names = std::exchange(c->pendingDetach, {});
+        if (!isUsable(*c) || !c->in)
+            continue;
+        for (const QString& name : names)
+            jack_disconnect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
+    }
 }
 
 bool JackMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
@@ -615,12 +656,14 @@ bool JackMidiSystem::wireOut(Client& c)
     if (c.outWanted.isEmpty() || !out)
         return false;
     const QByteArray target = c.outWanted.toUtf8();
-    // The wiring JACK reports, not the one we remember: a unit that went and came back under the
-    // same name has a new port, and JACK dropped our connection with the old one.
-    if (jack_port_connected_to(out, target.constData()))
-        return c.outWired = true;
     if (!jack_port_by_name(c.handle, target.constData()))
         return false;
+    // The wiring JACK reports, not the one we remember: a unit that went and came back under the
+    // same name has a new port, and JACK dropped our connection with the old one. JACK is asked
+    // by connecting, which it answers at once, EEXIST when the connection stands (and which it
+    // counts as a graph change all the same). Its own questions about connections sleep a whole
+    // cycle whenever any graph change is pending, which the main loop must not do in the middle
+    // of a flood of reports.
     // A unit whose client is not active yet refuses; the next graph change tries again.
     const int result = jack_connect(c.handle, jack_port_name(out), target.constData());
     return c.outWired = result == 0 || result == EEXIST;
@@ -634,7 +677,11 @@ void JackMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quin
         return;
     if (!jack_port_by_name(c->handle, name.toUtf8().constData()))
         return; // the unit went away: dropped, never queued for a later unit
-    aimOut(*c, name);
+    // Wired when the unit was found, and looked at again whenever a connection goes; one that
+    // went and is not yet looked at (the unit left and came back) is looked at here, before the
+    // message is queued.
+    if (c->outWanted != name || !c->outWired || c->connectionGone.load(std::memory_order_acquire))
+        aimOut(*c, name);
     const OutgoingMessage message{word, jack_frame_time(c->handle) + kConnectionCycles * jack_get_buffer_size(c->handle)};
     if (jack_ringbuffer_write_space(c->outgoing) >= sizeof message)
         jack_ringbuffer_write(c->outgoing, reinterpret_cast<const char*>(&message), sizeof message);

@@ -31,6 +31,11 @@ class SerialWorker;
 /// that starts later or again is noticed by a JackServerWatch and opened with no user action; a
 /// rescan with no server open also tries once.
 ///
+/// The engine detaches and attaches its source again on every rescan; detaching waits for the
+/// rescan to end, so a unit that stays never loses its connection. No call on the main thread
+/// waits for JACK's next cycle (JACK's questions about connections do while a graph change is
+/// pending): whether our Out is wired is asked by connecting, and only when it may have changed.
+///
 /// Display name of a port: its JACK_METADATA_PRETTY_NAME when set, else its short name.
 class JackMidiSystem final : public MidiSystem {
 public:
@@ -74,6 +79,7 @@ private:
     void onWake(Client& client);
     bool attach(Client& client, const QString& source);
     void retryAttach(Client& client);
+    void flushDetaches();
     bool aimOut(Client& client, const QString& destination);
     bool wireOut(Client& client);
     void snapshot(bool sources);
@@ -88,6 +94,7 @@ private:
     bool m_started;
     bool m_openPosted = false; // a start of opening is queued on the main loop
     bool m_opening = false;    // the worker is opening clients
+    bool m_detachPosted = false; // a flush of deferred detaches is queued on the main loop
 
     // Endpoints are known by full port name ("client:port"); a ref stays bound to one name.
     std::map<QString, MidiEndpointRef> m_refByName;
