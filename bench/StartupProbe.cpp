@@ -51,13 +51,14 @@ protected:
     {
         if (event->type() == QEvent::Paint && !m_done) {
             m_done = true;
-            // Report after this paint has finished.
-            QTimer::singleShot(0, [] {
+            // Report after this paint has finished; quit after the tasks the paint left behind
+            // (the app writes its layer cache there), so that a later start finds it.
+            QTimer::singleShot(0, [stay = m_stay] {
                 std::printf("painted %ld\n", residentKilobytes());
                 std::fflush(stdout);
+                if (!stay)
+                    QTimer::singleShot(0, [] { QCoreApplication::exit(0); });
             });
-            if (!m_stay)
-                QTimer::singleShot(0, [] { QCoreApplication::exit(0); });
         }
         return QObject::eventFilter(watched, event);
     }
