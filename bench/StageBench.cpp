@@ -290,7 +290,7 @@ struct Launch {
 };
 
 /// Starts `program` with a private data folder and the cache folder `cache`; returns the
-/// milliseconds from spawn to its "painted" line and its resident size then.
+/// milliseconds from spawn to its "painted" line and its resident size once settled.
 Launch launch(const QString& program, const QStringList& arguments, const QString& cache)
 {
     QProcess process;
@@ -303,12 +303,16 @@ Launch launch(const QString& program, const QStringList& arguments, const QStrin
     t.start();
     process.start(program, arguments);
     Launch result;
-    while (process.waitForReadyRead(10000)) {
-        const QByteArray line = process.readLine().trimmed();
-        if (line.startsWith("painted")) {
-            result.ms = elapsedMs(t);
-            result.rssKb = line.mid(8).toLong();
-            break;
+    bool settled = false;
+    while (!settled && process.waitForReadyRead(10000)) {
+        while (process.canReadLine()) {
+            const QByteArray line = process.readLine().trimmed();
+            if (line.startsWith("painted"))
+                result.ms = elapsedMs(t);
+            if (line.startsWith("settled")) {
+                result.rssKb = line.mid(8).toLong();
+                settled = true;
+            }
         }
     }
     process.waitForFinished(5000);

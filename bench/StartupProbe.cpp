@@ -1,5 +1,6 @@
 // Starts either the real application (with its arguments) or an empty Qt window, and prints
-// "painted <rss-kB>" as soon as the first frame is painted, then quits (with --stay it keeps
+// "painted <rss-kB>" as soon as the first frame is painted, "settled <rss-kB>" once the tasks
+// that frame left behind have run, then quits (with --stay it keeps
 // running). The stage benchmark runs it as a child process and measures from spawn to that line.
 //
 // "startup_probe --jack-startup" is that measurement's driver for JACK: on a private jackd (dummy
@@ -56,8 +57,13 @@ protected:
             QTimer::singleShot(0, [stay = m_stay] {
                 std::printf("painted %ld\n", residentKilobytes());
                 std::fflush(stdout);
-                if (!stay)
-                    QTimer::singleShot(0, [] { QCoreApplication::exit(0); });
+                // The resident size once those tasks have run: what the running app keeps.
+                QTimer::singleShot(0, [stay] {
+                    std::printf("settled %ld\n", residentKilobytes());
+                    std::fflush(stdout);
+                    if (!stay)
+                        QCoreApplication::exit(0);
+                });
             });
         }
         return QObject::eventFilter(watched, event);
