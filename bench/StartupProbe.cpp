@@ -1,5 +1,6 @@
 // Starts either the real application (with its arguments) or an empty Qt window, and prints
-// "painted <rss-kB>" as soon as the first frame is painted, then quits (with --stay it keeps
+// "painted <rss-kB>" as soon as the first frame is painted, "settled <rss-kB>" once the tasks
+// that frame left behind have run, then quits (with --stay it keeps
 // running). The stage benchmark runs it as a child process and measures from spawn to that line.
 //
 // "startup_probe --jack-startup" is that measurement's driver for JACK: on a private jackd (dummy
@@ -51,13 +52,19 @@ protected:
     {
         if (event->type() == QEvent::Paint && !m_done) {
             m_done = true;
-            // Report after this paint has finished.
-            QTimer::singleShot(0, [] {
+            // Report after this paint has finished; quit after the tasks the paint left behind
+            // (the app writes its layer cache there), so that a later start finds it.
+            QTimer::singleShot(0, [stay = m_stay] {
                 std::printf("painted %ld\n", residentKilobytes());
                 std::fflush(stdout);
+                // The resident size once those tasks have run: what the running app keeps.
+                QTimer::singleShot(0, [stay] {
+                    std::printf("settled %ld\n", residentKilobytes());
+                    std::fflush(stdout);
+                    if (!stay)
+                        QCoreApplication::exit(0);
+                });
             });
-            if (!m_stay)
-                QTimer::singleShot(0, [] { QCoreApplication::exit(0); });
         }
         return QObject::eventFilter(watched, event);
     }

@@ -1,7 +1,8 @@
 # orvan_add_test(NAME <name> SOURCES <files...> LINK <targets...> [GUI] [TIMEOUT <s>])
 #
 # Registers one GoogleTest executable as one CTest test. Every test gets its own
-# empty XDG data folder so that no test ever reads or writes a user's presets,
+# empty XDG data and cache folders so that no test ever reads or writes a user's
+# presets or cached layers,
 # and GUI tests run on Qt's offscreen platform so CI needs no display.
 find_package(GTest REQUIRED)
 
@@ -21,5 +22,5 @@ function(orvan_add_test)
   set(xdg "${CMAKE_CURRENT_BINARY_DIR}/${T_NAME}.xdg")
   set_tests_properties(${T_NAME} PROPERTIES
     TIMEOUT ${T_TIMEOUT}
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_DATA_HOME=${xdg}/data;XDG_RUNTIME_DIR=${xdg}/run;ORVAN_TEST_TMP=${xdg}")
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_DATA_HOME=${xdg}/data;XDG_CACHE_HOME=${xdg}/cache;XDG_RUNTIME_DIR=${xdg}/run;ORVAN_TEST_TMP=${xdg}")
 endfunction()

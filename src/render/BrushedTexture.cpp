@@ -43,9 +43,22 @@ void BrushedTexture::draw(QPainter& painter, QSizeF size) const
     painter.restore();
 }
 
-QImage brushedTextureImage(QSizeF size, bool vertical, double deviceScale)
+namespace {
+QHash<QString, QImage>& textures()
 {
     static QHash<QString, QImage> cache;
+    return cache;
+}
+} // namespace
+
+void releaseBrushedTextures()
+{
+    textures().clear();
+}
+
+QImage brushedTextureImage(QSizeF size, bool vertical, double deviceScale)
+{
+    QHash<QString, QImage>& cache = textures();
     const QString key = QStringLiteral("%1x%2:%3@%4").arg(size.width()).arg(size.height()).arg(vertical).arg(deviceScale);
     if (auto it = cache.constFind(key); it != cache.constEnd())
         return *it;

@@ -24,6 +24,10 @@ struct BrushedTexture {
 /// scale) and reused, since it depends on nothing else.
 void paintBrushedTexture(QPainter& painter, const QRectF& rect, bool vertical);
 
+/// Frees the images kept by `paintBrushedTexture`, once whatever shows the grain keeps its own
+/// painting (a later paint makes them again).
+void releaseBrushedTextures();
+
 /// The cached image for a frame size at a device scale (exposed for tests and benchmarks).
 QImage brushedTextureImage(QSizeF size, bool vertical, double deviceScale);
 

@@ -11,8 +11,14 @@
 #include "panels/OrvanPanelItem.h"
 #include "panels/PlatePainting.h"
 #include "stage/DemoPillItem.h"
+#include "StaticLayerCache.h"
 
+#include <QDir>
 #include <QPainter>
+#include <functional>
+#include <map>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace orvan;
 using namespace orvan::test;
@@ -37,19 +43,9 @@ QRgb pixel(const QImage& image, QPointF stagePoint)
     return image.pixel((stagePoint * kScale).toPoint());
 }
 
-template <typename Item = OrvanPanelItem>
-Item* find(StageRig& rig)
-{
-    for (QGraphicsItem* item : rig.shell->stage().items()) {
-        if (auto* found = dynamic_cast<Item*>(item))
-            return found;
-    }
-    return nullptr;
-}
-
 OrvanPanelItem* orvanPanel(StageRig& rig)
 {
-    return find<OrvanPanelItem>(rig);
+    return rig.shell->stage().orvanPanel();
 }
 
 int grey(QRgb c)
@@ -102,22 +98,6 @@ TEST(PanelPixels, TheDemoSampleShowsOnTheRenderedOrvanPanel)
     EXPECT_EQ(litSegments(stage, panel->columns()[0]->readout(), 1), "bcfg");
 }
 
-TEST(PanelPixels, AMissingUnitsPanelIsDrawnAtHalfOpacity)
-{
-    StageRig demo({}, true);
-    const QPointF plateSpot = StageRig::at(orvanPanel(demo), QPointF(300, 240)); // bare brushed metal
-    const QImage lit = renderStage(demo);
-    const int connected = qRed(pixel(lit, plateSpot)) + qGreen(pixel(lit, plateSpot));
-    demo.shell.reset();
-    demo.app.reset();
-
-    StageRig missing;
-    const QImage stage = renderStage(missing);
-    const int dimmed = qRed(pixel(stage, plateSpot)) + qGreen(pixel(stage, plateSpot));
-    EXPECT_LT(dimmed, connected * 0.75);
-    EXPECT_GT(dimmed, 0);
-}
-
 // --- The real window, as grabbed after show() (this suite also runs at device-pixel ratio 2) ----
 
 TEST(WindowPixels, TheBackdropFadesToBlackWithACoolGlowFromTheTopRight)
@@ -156,29 +136,38 @@ TEST(WindowPixels, ALitSelectButtonGlowsBlueOverItsBlackBezel)
     EXPECT_GT(qBlue(ringColour) - qRed(ringColour), 70);
 }
 
-TEST(WindowPixels, AMissingMelkoIsDarkenedThenHalfTransparent)
+// A missing unit's plate lies at half opacity over the backdrop; the Melko's is first lowered by
+// 0.35 in every channel. Probed on bare metal and on the backdrop just beside the plate.
+TEST(WindowPixels, AMissingUnitsPanelIsDimmedAndTheMelkosDarkenedFirst)
 {
-    const QPointF bare(1486 + 100, 24 + 305); // plain plate right of the knob
-    const QPointF beside(1486 + 130, 24 + 305); // the backdrop next to the plate
-    StageRig demo({}, true);
-    const QImage present = demo.windowImage();
-    demo.shell.reset();
-    demo.app.reset();
-
+    const struct {
+        const char* unit;
+        QPointF bare, beside;
+        int lowering;
+    } cases[] = {
+        {"Orvan", {24 + 300, 24 + 132 + 3 + 240}, {3, 24 + 132 + 3 + 240}, 0},
+        {"Melko", {1486 + 100, 24 + 305}, {1486 + 130, 24 + 305}, 89},
+    };
+    QImage present, absent;
+    {
+        StageRig demo({}, true);
+        present = demo.windowImage();
+    }
     StageRig missing;
-    const QImage absent = missing.windowImage();
-    const int plate = grey(missing.windowPixel(present, bare));
-    const int backdrop = grey(missing.windowPixel(absent, beside));
-    // Each channel lowered by 0.35, then laid at half opacity over the backdrop.
-    const int expected = std::max(0, plate - 89) / 2 + backdrop / 2;
-    EXPECT_NEAR(grey(missing.windowPixel(absent, bare)), expected, 6) << "present " << plate;
+    absent = missing.windowImage();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.unit);
+        const int plate = grey(missing.windowPixel(present, c.bare));
+        const int expected = std::max(0, plate - c.lowering) / 2 + grey(missing.windowPixel(absent, c.beside)) / 2;
+        EXPECT_NEAR(grey(missing.windowPixel(absent, c.bare)), expected, 6) << "present " << plate;
+    }
 }
 
 TEST(WindowPixels, ThePillsGlowFallsOffSmoothly)
 {
     StageRig rig({}, /*demo*/ true);
     const QImage window = rig.windowImage();
-    const DemoPillItem* pill = find<DemoPillItem>(rig);
+    const DemoPillItem* pill = rig.shell->stage().demoPill();
     const double dpr = window.devicePixelRatio();
     // Straight up from the pill's top edge (its drop shadow falls the other way), pixel by pixel.
     const QPointF top = StageRig::at(pill, QPointF(0, -DemoPillItem::kPillSize.height() / 2));
@@ -218,7 +207,7 @@ TEST(WindowPixels, TheDunraJackLabelsStandCentredOnTheirPoint)
 {
     StageRig rig;
     const QImage window = rig.windowImage();
-    const QPointF plate = StageRig::at(find<DunraPanelItem>(rig));
+    const QPointF plate = StageRig::at(rig.shell->stage().dunraPanel());
     // The lettering is the only light ink between the jacks and the knob.
     double left = 1e9, right = -1e9;
     for (double y = 74 - 20; y <= 74 + 20; y += 0.5) {
@@ -325,5 +314,110 @@ TEST(PanelPixels, PlatesInTheBackgroundLookExactlyLikePlatesAsLayers)
         const Difference d = compare(flattened, layered);
         constexpr int kRounding = 2;
         EXPECT_LE(d.largest, kRounding) << d.pixels << " pixels differ";
+    }
+}
+
+// --- The plate layers kept on disk between starts ----------------------------------------------
+
+namespace {
+
+/// A private, empty cache folder for as long as it lives.
+struct CacheFolder {
+    CacheFolder() { qputenv("XDG_CACHE_HOME", home.path().toLocal8Bit()); }
+    ~CacheFolder() { qunsetenv("XDG_CACHE_HOME"); }
+    /// Every layer file with its contents.
+    std::map<QString, QByteArray> layers() const
+    {
+        std::map<QString, QByteArray> found;
+        const QDir dir(StaticLayerCache::directory());
+        for (const QString& name : dir.entryList(QDir::Files | QDir::System)) {
+            const QFileInfo info(dir.filePath(name));
+            QFile file(info.filePath());
+            const bool plain = info.isFile() && !info.isSymLink(); // never read a FIFO or a device
+            found[info.filePath()] = plain && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("odd");
+        }
+        return found;
+    }
+    QTemporaryDir home;
+};
+
+ino_t inode(const QString& path)
+{
+    struct stat info {};
+    return ::lstat(path.toLocal8Bit().constData(), &info) == 0 ? info.st_ino : 0;
+}
+
+/// A fresh start of the app in demo mode, its window painted at `ratio`, then the zero-time
+/// tasks that follow a frame (the cache is written there).
+QImage startAndPaint(double ratio)
+{
+    StageRig rig({}, true);
+    const QImage image = renderWindow(rig, ratio);
+    QApplication::processEvents();
+    return image;
+}
+
+} // namespace
+
+// A second start shows the layers of the first exactly, and only loads them: no file is painted
+// and written again.
+TEST(LayerCache, AStartFromTheCacheShowsTheFreshRenderPixelForPixel)
+{
+    for (double ratio : {1.0, 2.0}) {
+        SCOPED_TRACE(ratio);
+        CacheFolder cache;
+        const QImage fresh = startAndPaint(ratio);
+        std::map<QString, ino_t> written;
+        for (const auto& [path, bytes] : cache.layers())
+            written[path] = inode(path);
+        ASSERT_GE(written.size(), 3u) << "the plates were kept";
+
+        EXPECT_EQ(startAndPaint(ratio), fresh);
+        for (const auto& [path, node] : written)
+            EXPECT_EQ(inode(path), node) << qPrintable(path) << " was written again";
+    }
+}
+
+// Whatever lies in the cache, the window shows the fresh render, and the file is put right.
+TEST(LayerCache, ADamagedLayerGivesTheFreshRenderAndIsReplaced)
+{
+    const auto flipByte = [](qint64 at) {
+        return [at](const QString& path) {
+            QFile file(path);
+            ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+            QByteArray bytes = file.readAll();
+            bytes[at < 0 ? bytes.size() / 2 : at] ^= 0x5a;
+            file.seek(0);
+            file.write(bytes);
+        };
+    };
+    const auto replaceWith = [](std::function<int(const char*)> make) {
+        return [make](const QString& path) {
+            QFile::remove(path);
+            ASSERT_EQ(make(path.toLocal8Bit().constData()), 0);
+        };
+    };
+    const struct {
+        const char* name;
+        std::function<void(const QString&)> damage;
+    } cases[] = {
+        {"short by one byte", [](const QString& path) { QFile(path).resize(QFileInfo(path).size() - 1); }},
+        {"another magic", flipByte(0)},
+        {"another build's key", flipByte(8)},
+        {"another size in the header", flipByte(16)},
+        {"a pixel changed", flipByte(-1)},
+        {"a FIFO", replaceWith([](const char* p) { return ::mkfifo(p, 0600); })},
+        {"a link to /dev/zero", replaceWith([](const char* p) { return ::symlink("/dev/zero", p); })},
+    };
+    CacheFolder cache;
+    const QImage fresh = startAndPaint(1);
+    const std::map<QString, QByteArray> good = cache.layers();
+    ASSERT_FALSE(good.empty());
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        for (const auto& [path, bytes] : good)
+            c.damage(path);
+        EXPECT_EQ(startAndPaint(1), fresh);
+        EXPECT_EQ(cache.layers(), good);
     }
 }

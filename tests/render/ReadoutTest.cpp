@@ -6,19 +6,15 @@
 
 using namespace orvan::render;
 
-TEST(Hex, ASquareTakesTheLyingForm)
+TEST(Hex, ASquareLiesAndATallBarStandsOnItsPoints)
 {
-    const QPolygonF outline = Hex::path(QRectF(0, 0, 10, 10)).toFillPolygon();
-    EXPECT_EQ(outline.first(), QPointF(0, 5)) << "pointed left";
-    EXPECT_TRUE(outline.contains(QPointF(10, 5))) << "and right";
-    EXPECT_FALSE(outline.contains(QPointF(5, 0)) && outline.contains(QPointF(10, 0))) << "not a rectangle";
-}
-
-TEST(Hex, ATallBarIsPointedTopAndBottom)
-{
-    const QPainterPath p = Hex::path(QRectF(0, 0, 4, 20));
-    EXPECT_EQ(QPointF(p.elementAt(0)), QPointF(2, 0));
-    EXPECT_EQ(QPointF(p.elementAt(3)), QPointF(2, 20));
+    const QPolygonF lying = Hex::path(QRectF(0, 0, 10, 10)).toFillPolygon();
+    EXPECT_EQ(lying.first(), QPointF(0, 5)) << "pointed left";
+    EXPECT_TRUE(lying.contains(QPointF(10, 5))) << "and right";
+    EXPECT_FALSE(lying.contains(QPointF(5, 0)) && lying.contains(QPointF(10, 0))) << "not a rectangle";
+    const QPainterPath standing = Hex::path(QRectF(0, 0, 4, 20));
+    EXPECT_EQ(QPointF(standing.elementAt(0)), QPointF(2, 0));
+    EXPECT_EQ(QPointF(standing.elementAt(3)), QPointF(2, 20));
 }
 
 TEST(SevenSegmentDigit, TheReadoutsDigitGeometry)
@@ -34,17 +30,6 @@ TEST(SevenSegmentDigit, TheReadoutsDigitGeometry)
     EXPECT_NEAR(d.segmentFrame('c').center().y(), 23.724, 1e-9);
     EXPECT_NEAR(d.slant().map(QPointF(0, 0)).x(), 1.98, 1e-9);
     EXPECT_NEAR(d.slant().map(QPointF(0, 33)).x(), -1.98, 1e-9);
-}
-
-TEST(DigitSegments, EveryDigitLightsItsSegments)
-{
-    const std::pair<int, const char*> rows[] = {{0, "abcdef"}, {1, "bc"}, {4, "bcfg"}, {7, "abc"}, {8, "abcdefg"}};
-    for (auto [digit, letters] : rows) {
-        QSet<QChar> expected;
-        for (const char* c = letters; *c; ++c)
-            expected.insert(QLatin1Char(*c));
-        EXPECT_EQ(SevenSegmentDigit::forDigit(digit), expected) << digit;
-    }
 }
 
 namespace {

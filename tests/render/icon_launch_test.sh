@@ -25,6 +25,6 @@ is_icon out.png || fail "no PNG written"
 
 # As the last argument it starts the app normally: here, with no display, that means it does
 # not export and does not exit 0 as an export would (the offscreen window is closed by timeout).
-QT_QPA_PLATFORM=offscreen XDG_DATA_HOME=$dir timeout 3 "$app" --render-icon >/dev/null 2>&1; rc=$?
+QT_QPA_PLATFORM=offscreen XDG_DATA_HOME=$dir XDG_CACHE_HOME=$dir timeout 3 "$app" --render-icon >/dev/null 2>&1; rc=$?
 [[ $rc == 124 ]] || fail "--render-icon as the last argument must start the app (exit $rc)"
 echo "launch contract OK"

@@ -145,6 +145,12 @@ void MelkoPanelItem::connectionChanged(bool connected)
     m_darkening->setEnabled(!connected);
 }
 
+bool MelkoPanelItem::plateCanBeFlattened() const
+{
+    // The darkening works on the plate and controls together: the plate stays inside the effect.
+    return !m_darkening->isEnabled();
+}
+
 void MelkoPanelItem::paintPlate(QPainter& painter) const
 {
     const QRectF plate(QPointF(0, 0), plateSize());

@@ -34,6 +34,7 @@ public:
 protected:
     void paintPlate(QPainter& painter) const override;
     void connectionChanged(bool connected) override;
+    bool plateCanBeFlattened() const override;
 
 private:
     std::array<double, 5> m_buttonY;

@@ -2,10 +2,14 @@
 
 #include "OrvanMIDI.h"
 #include "RCUModel.h"
+#include "StaticLayerCache.h"
+#include "BrushedTexture.h"
 
 #include <QGraphicsScene>
 #include <QPainter>
 #include <QPaintDevice>
+#include <QTimer>
+#include <cmath>
 
 namespace orvan {
 
@@ -20,7 +24,7 @@ public:
         : QGraphicsItem(panel)
         , m_panel(panel)
     {
-        setCacheMode(DeviceCoordinateCache); // painted once per size and scale
+        // No item cache: the plate image is this layer's cache, at device resolution already.
         setAcceptedMouseButtons(Qt::NoButton);
         setZValue(-1);
     }
@@ -28,7 +32,10 @@ public:
     {
         return QRectF(QPointF(0, 0), m_panel->plateSize()).marginsAdded(kShadowMargins);
     }
-    void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override { m_panel->paintPlate(*painter); }
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override
+    {
+        m_panel->drawFlatPlate(*painter, painter->worldTransform(), painter->renderHints(), painter->opacity());
+    }
 
 private:
     PanelItem* m_panel;
@@ -55,8 +62,8 @@ QRectF PanelItem::boundingRect() const
 
 void PanelItem::setPlateInBackground(bool inBackground)
 {
-    m_plate->setVisible(!inBackground);
-    m_flatPlate = QImage();
+    m_plateInBackground = inBackground;
+    placePlate();
 }
 
 bool PanelItem::plateInBackground() const
@@ -64,32 +71,63 @@ bool PanelItem::plateInBackground() const
     return !m_plate->isVisible();
 }
 
+void PanelItem::placePlate()
+{
+    m_plate->setVisible(!(m_plateInBackground && plateCanBeFlattened()));
+}
+
 void PanelItem::paintPlateInto(QPainter& painter, QPainter::RenderHints hints)
 {
-    // The same steps as the layer's device-coordinate cache: paint the plate alone into a clear
-    // image one pixel larger on each side than its rounded device bounds (keeping the fractional
-    // offset), then lay it over what is below at the panel's opacity. Painting it straight onto
-    // the backdrop would round differently, and would apply the opacity to each stroke instead
-    // of to the whole plate.
+    drawFlatPlate(painter, sceneTransform() * painter.worldTransform(), hints, effectiveOpacity());
+}
+
+void PanelItem::drawFlatPlate(QPainter& painter, const QTransform& toPainter, QPainter::RenderHints hints, double opacity)
+{
+    // The plate is painted alone and then laid over what is below at the panel's opacity, as
+    // an item cache would be: painting it straight onto the backdrop would round differently and
+    // apply the opacity to each stroke instead of to the whole plate.
     const double ratio = painter.device()->devicePixelRatioF();
-    const QTransform toDevice = sceneTransform() * painter.worldTransform() * QTransform::fromScale(ratio, ratio);
+    const QTransform toDevice = toPainter * QTransform::fromScale(ratio, ratio);
+    const QPoint shift(int(std::floor(toDevice.dx())), int(std::floor(toDevice.dy())));
+    const QTransform withinPixel(toDevice.m11(), toDevice.m12(), toDevice.m21(), toDevice.m22(), toDevice.dx() - shift.x(),
+                                 toDevice.dy() - shift.y());
+    if (m_flat.image.isNull() || withinPixel != m_flat.toDevice || hints != m_flat.hints)
+        m_flat = flatPlate(withinPixel, hints);
+    m_flat.image.setDevicePixelRatio(ratio);
+    painter.save();
+    painter.resetTransform();
+    painter.setOpacity(opacity);
+    painter.drawImage(QPointF(m_flat.origin + shift) / ratio, m_flat.image);
+    painter.restore();
+}
+
+PanelItem::FlatPlate PanelItem::flatPlate(const QTransform& toDevice, QPainter::RenderHints hints) const
+{
     const QRect pixels = toDevice.mapRect(m_plate->boundingRect()).toRect().adjusted(-1, -1, 1, 1);
-    if (m_flatPlate.isNull() || toDevice != m_flatPlateTransform || hints != m_flatPlateHints) {
-        m_flatPlate = QImage(pixels.size(), QImage::Format_ARGB32_Premultiplied);
-        m_flatPlate.fill(Qt::transparent);
-        QPainter p(&m_flatPlate);
+    FlatPlate flat{QImage(), toDevice, hints, pixels.topLeft()};
+
+    // Named by what it shows and how it lies on the device; the key adds the build.
+    QByteArray description = QByteArray(metaObject()->className()) + ' ' + QByteArray::number(int(hints));
+    for (double m : {toDevice.m11(), toDevice.m12(), toDevice.m21(), toDevice.m22(), toDevice.dx(), toDevice.dy()})
+        description += ' ' + QByteArray::number(m, 'g', 17);
+    const QString name = QString::fromLatin1(metaObject()->className()).section(QLatin1String("::"), -1) + QLatin1Char('-')
+        + QString::number(qHashBits(description.constData(), std::size_t(description.size()), 0), 16);
+    const quint64 key = StaticLayerCache::keyFor(description);
+
+    flat.image = StaticLayerCache::load(name, key, pixels.size());
+    if (flat.image.isNull()) {
+        flat.image = QImage(pixels.size(), QImage::Format_ARGB32_Premultiplied);
+        flat.image.fill(Qt::transparent);
+        QPainter p(&flat.image);
         p.setRenderHints(hints);
         p.setWorldTransform(toDevice * QTransform::fromTranslate(-pixels.left(), -pixels.top()));
         paintPlate(p);
-        m_flatPlateTransform = toDevice;
-        m_flatPlateHints = hints;
+        p.end();
+        StaticLayerCache::store(name, key, flat.image);
+        // Every plate is painted within the same frame; after it the grain image is not needed.
+        QTimer::singleShot(0, &render::releaseBrushedTextures);
     }
-    m_flatPlate.setDevicePixelRatio(ratio);
-    painter.save();
-    painter.resetTransform();
-    painter.setOpacity(effectiveOpacity());
-    painter.drawImage(QPointF(pixels.topLeft()) / ratio, m_flatPlate);
-    painter.restore();
+    return flat;
 }
 
 void PanelItem::startFollowing()
@@ -110,10 +148,12 @@ void PanelItem::refreshAll()
     const bool connected = midi().isConnected();
     if (connected != m_wasConnected) {
         m_wasConnected = connected;
+        const bool wasInBackground = plateInBackground();
         setOpacity(connected ? 1.0 : kDisconnectedOpacity);
-        if (plateInBackground() && scene())
-            scene()->invalidate(sceneBoundingRect(), QGraphicsScene::BackgroundLayer);
         connectionChanged(connected);
+        placePlate();
+        if ((wasInBackground || plateInBackground()) && scene())
+            scene()->invalidate(sceneBoundingRect(), QGraphicsScene::BackgroundLayer);
         area = boundingRect();
     }
     for (const Follower& follower : m_followers) {

@@ -15,8 +15,9 @@ class OrvanMIDI;
 class RCUModel;
 
 /// One unit's front panel. The plate, lettering, screws and every other part that never changes
-/// are painted once into a cached layer; the controls are child items that repaint only when what
-/// they show changes. The whole panel is drawn at half opacity while its unit is not connected.
+/// are painted once into an image at device resolution (kept on disk between runs by
+/// `StaticLayerCache`); the controls are child items that repaint only when what they show
+/// changes. The whole panel is drawn at half opacity while its unit is not connected.
 class PanelItem : public QGraphicsObject {
     Q_OBJECT
 
@@ -33,11 +34,12 @@ public:
     static constexpr double kDisconnectedOpacity = 0.5;
 
     /// With true, the plate is no longer a translucent layer of its own: the stage draws it into
-    /// its opaque background through `paintPlateInto`, so a frame blends one layer fewer.
+    /// its opaque background through `paintPlateInto`, so a frame blends one layer fewer. A panel
+    /// may keep its plate a layer for a while (`plateCanBeFlattened`).
     void setPlateInBackground(bool inBackground);
     bool plateInBackground() const;
-    /// Draws the plate exactly as its own cached layer would look, at the panel's opacity.
-    /// `painter` draws in scene coordinates; `hints` are those the view paints its items with.
+    /// Draws the plate exactly as its own layer looks, at the panel's opacity. `painter` draws in
+    /// scene coordinates; `hints` are those the view paints its items with.
     void paintPlateInto(QPainter& painter, QPainter::RenderHints hints);
 
     /// Registers a control that follows the engine and model; returns it for convenience.
@@ -58,13 +60,30 @@ protected:
     virtual void paintPlate(QPainter& painter) const = 0;
     /// Called when the connection changes, after the opacity was set.
     virtual void connectionChanged(bool connected) { Q_UNUSED(connected); }
+    /// Whether the plate may be drawn apart from the controls now; a panel whose look is worked
+    /// on as a whole (an effect) says no while that effect is on.
+    virtual bool plateCanBeFlattened() const { return true; }
 
     /// Call at the end of the subclass's constructor, once the controls exist.
     void startFollowing();
 
 private:
     class PlateLayer;
+    /// The plate painted alone into a clear image, one pixel larger on each side than its rounded
+    /// device bounds, for a transform whose offset lies within one pixel; moved by whole pixels
+    /// it is reused as it is.
+    struct FlatPlate {
+        QImage image;
+        QTransform toDevice;
+        QPainter::RenderHints hints;
+        QPoint origin; ///< where the image's top left pixel lies for `toDevice`
+    };
     void refreshAll();
+    void placePlate();
+    /// Lays the plate image over what `painter` has drawn, at `opacity`; `toPainter` maps plate
+    /// coordinates to the painter's logical coordinates.
+    void drawFlatPlate(QPainter& painter, const QTransform& toPainter, QPainter::RenderHints hints, double opacity);
+    FlatPlate flatPlate(const QTransform& toDevice, QPainter::RenderHints hints) const;
 
     RCUModel& m_model;
     QSizeF m_plateSize;
@@ -75,9 +94,8 @@ private:
     };
     std::vector<Follower> m_followers;
     bool m_wasConnected = false;
-    QImage m_flatPlate; ///< the plate at device resolution, for the background
-    QTransform m_flatPlateTransform;
-    QPainter::RenderHints m_flatPlateHints;
+    bool m_plateInBackground = false;
+    FlatPlate m_flat;
 };
 
 } // namespace orvan

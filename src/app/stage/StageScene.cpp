@@ -74,7 +74,7 @@ StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
 
 void StageScene::setPlatesInBackground(bool inBackground)
 {
-    for (PanelItem* panel : std::initializer_list<PanelItem*>{m_dunraPanel, m_orvanPanel})
+    for (PanelItem* panel : std::initializer_list<PanelItem*>{m_dunraPanel, m_orvanPanel, m_melkoPanel})
         panel->setPlateInBackground(inBackground);
     invalidate(sceneRect(), BackgroundLayer);
 }
@@ -87,7 +87,7 @@ void StageScene::drawBackground(QPainter* painter, const QRectF& exposed)
     // In stacking order, as the plates' own layers would be drawn. The background's painter
     // carries none of the view's render hints, but the layers are painted with them.
     const QPainter::RenderHints hints = painter->renderHints() | (views().isEmpty() ? QPainter::RenderHints() : views().first()->renderHints());
-    for (PanelItem* panel : std::initializer_list<PanelItem*>{m_dunraPanel, m_orvanPanel}) {
+    for (PanelItem* panel : std::initializer_list<PanelItem*>{m_dunraPanel, m_orvanPanel, m_melkoPanel}) {
         if (panel->plateInBackground())
             panel->paintPlateInto(*painter, hints);
     }

@@ -20,9 +20,9 @@ public:
     /// A keyboard gain step: the Orvan's selection if any, else the Dunra's, else the Melko.
     void adjustFocused(int steps);
 
-    /// On (the default), the Dunra and Orvan plates are drawn into the opaque background with the
-    /// backdrop, so a frame copies them instead of blending them; off, each is a layer of its own.
-    /// The Melko's plate stays a layer: its panel darkens through an effect when disconnected.
+    /// On (the default), the plates are drawn into the opaque background with the backdrop, so a
+    /// frame copies them instead of blending them; off, each is a layer of its own. The Melko's
+    /// plate is a layer while its unit is missing: the panel then darkens as a whole.
     void setPlatesInBackground(bool inBackground);
 
     DemoPillItem* demoPill() const { return m_demoPill; }
