@@ -12,6 +12,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -91,16 +92,13 @@ private:
     }
 };
 
-/// Every test starts without preset files and with demo mode off (it is process-wide), and leaves it off.
+/// Every test starts with an empty preset folder and with demo mode off (it is process-wide), and leaves it off.
 class ModelTest : public ::testing::Test {
 protected:
     ModelTest()
     {
         DemoMode::shared().setActive(false);
-        for (const DeviceSpec& spec : Catalogue::all()) {
-            QFile::remove(PresetStorage::url(spec));
-            QDir(PresetStorage::url(spec)).removeRecursively(); // some tests leave a folder in its place
-        }
+        QDir(QFileInfo(PresetStorage::url(Catalogue::orvan())).path()).removeRecursively(); // every unit's file and leftovers
     }
     ~ModelTest() override { DemoMode::shared().setActive(false); }
 };

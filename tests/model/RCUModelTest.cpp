@@ -42,6 +42,8 @@ TEST_F(RCUModelTest, SelectingKeepsChannelsAscendingWithinTheUnitUnpluggingEmpti
     for (int ch : {5, 1, 8, -1, 3, 5})
         rig.model->toggleSelect(ch);
     EXPECT_EQ(rig.model->selected(), (QList<int>{1, 3}));
+    rig.model->adjustSelected(2);
+    EXPECT_EQ(rig.messages(), (Messages{{25, 8}, {57, 8}})) << "a step moves the selected channels";
     rig.model->selectAllOrClear();
     EXPECT_TRUE(rig.model->selected().isEmpty());
     rig.model->selectAllOrClear();
@@ -59,7 +61,7 @@ TEST_F(RCUModelTest, SelectingKeepsChannelsAscendingWithinTheUnitUnpluggingEmpti
     EXPECT_FALSE(rig.model->pendingReset());
     rig.model->powerPressed();
     EXPECT_TRUE(rig.model->pendingReset()) << "connected, power asks before a reset and sends nothing yet";
-    EXPECT_TRUE(rig.messages().empty());
+    EXPECT_EQ(rig.messages().size(), 2u);
 }
 
 TEST_F(RCUModelTest, GroupToggleTurnsAllOnUnlessAllAreOnAndAsksBeforePhantomGoesOn)
