@@ -8,6 +8,6 @@ INSTANTIATE_TEST_SUITE_P(Jack, MidiBattery, testing::Values(RigFactory([]() -> s
                              auto rig = std::make_unique<JackUnitRig>();
                              return rig->start() ? std::move(rig) : nullptr;
                          })),
-                         [](const testing::TestParamInfo<RigFactory>&) { return std::string("JACK"); });
+                         [](const auto&) { return std::string("JACK"); });
 
 } // namespace orvan::test

@@ -17,33 +17,10 @@ constexpr qint64 kMicrosecondsPerSecond = 1000000;
 
 void silent(const char*) {}
 
-} // namespace
-
-JackTestServer::JackTestServer(const QString& tag, int periodFrames)
-    // A fixed name per use: JACK keeps a small table of server names in shared memory and frees
-    // an entry left by a dead server only when a server of the same name starts again, so unique
-    // names per run would fill it up on a machine that runs the tests often.
-    : m_name(QStringLiteral("orvan-test-%1").arg(tag))
-    , m_periodFrames(periodFrames)
+/// With no jackd alive, JACK's shared-memory files only describe dead servers: removes them, as
+/// a full server table left by killed test servers would refuse ours.
+void forgetStaleServers()
 {
-    jack_set_error_function(silent);
-    jack_set_info_function(silent);
-}
-
-JackTestServer::~JackTestServer()
-{
-    stop();
-}
-
-void JackTestServer::select() const
-{
-    qputenv("JACK_DEFAULT_SERVER", m_name.toUtf8());
-}
-
-void JackTestServer::forgetStaleServers()
-{
-    // With no jackd alive, JACK's shared-memory files only describe dead servers; they are safe to
-    // remove, and a full server table left by killed test servers would refuse ours.
     const QDir proc(QStringLiteral("/proc"));
     for (const QString& pid : proc.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         QFile comm(proc.filePath(pid + QStringLiteral("/comm")));
@@ -58,6 +35,18 @@ void JackTestServer::forgetStaleServers()
         QDir(shm.filePath(folder)).removeRecursively();
 }
 
+} // namespace
+
+JackTestServer::JackTestServer(const QString& tag, int periodFrames)
+    // A fixed name per use: JACK frees a dead server's entry in its small shared table only when
+    // a server of the same name starts again, so unique names per run would fill it up.
+    : m_name(QStringLiteral("orvan-test-%1").arg(tag))
+    , m_periodFrames(periodFrames)
+{
+    jack_set_error_function(silent);
+    jack_set_info_function(silent);
+}
+
 bool JackTestServer::start(bool probe)
 {
     // Only before this process has touched JACK: its client library keeps the table mapped.
@@ -67,10 +56,9 @@ bool JackTestServer::start(bool probe)
     select();
     m_jackd.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_jackd.setStandardOutputFile(QProcess::nullDevice());
-    // The dummy driver waits this long between cycles: one period's worth of real time.
+    // The dummy driver waits one period's worth of real time between cycles. A generous client
+    // timeout: on a loaded machine a slow cycle must not get a client thrown out of the graph.
     const qint64 cycleMicroseconds = m_periodFrames * kMicrosecondsPerSecond / kSampleRate;
-    // A generous client timeout: on a loaded machine without real-time priority a slow cycle
-    // must not get a client thrown out of the graph.
     m_jackd.start(QStringLiteral("jackd"),
                   {QStringLiteral("-n"), m_name, QStringLiteral("-t"), QString::number(kClientTimeoutMilliseconds),
                    QStringLiteral("-d"), QStringLiteral("dummy"), QStringLiteral("-r"),
@@ -78,34 +66,23 @@ bool JackTestServer::start(bool probe)
                    QStringLiteral("-w"), QString::number(cycleMicroseconds)});
     if (!m_jackd.waitForStarted())
         return false;
-    if (!probe)
-        return true;
-    return waitFor([this] {
-        if (m_jackd.state() != QProcess::Running)
-            return true;
-        jack_status_t status{};
-        m_probe = jack_client_open("orvan-test-probe", JackNoStartServer, &status);
-        return m_probe != nullptr;
-    }) && m_probe != nullptr;
+    return !probe || (waitFor([this] {
+                          jack_status_t status{};
+                          m_probe = jack_client_open("orvan-test-probe", JackNoStartServer, &status);
+                          return m_probe || m_jackd.state() != QProcess::Running;
+                      }) && m_probe);
 }
 
 void JackTestServer::stop(int signal)
 {
     if (m_probe)
-        jack_client_close(m_probe);
-    m_probe = nullptr;
+        jack_client_close(std::exchange(m_probe, nullptr));
     if (m_jackd.state() != QProcess::NotRunning) {
         ::kill(pid_t(m_jackd.processId()), signal);
         if (!m_jackd.waitForFinished(kProcessEndMilliseconds))
             m_jackd.kill();
         m_jackd.waitForFinished();
     }
-}
-
-bool JackTestServer::areConnected(const QString& from, const QString& to) const
-{
-    jack_port_t* port = m_probe ? jack_port_by_name(m_probe, from.toUtf8().constData()) : nullptr;
-    return port && jack_port_connected_to(port, to.toUtf8().constData());
 }
 
 } // namespace orvan::test

@@ -2,7 +2,6 @@
 
 #include <QProcess>
 #include <QString>
-#include <QStringList>
 #include <csignal>
 #include <jack/jack.h>
 
@@ -13,25 +12,19 @@ namespace orvan::test {
 /// and its children.
 class JackTestServer {
 public:
+    static constexpr int kSampleRate = 48000;
     /// `periodFrames`: frames per cycle at 48 kHz.
     explicit JackTestServer(const QString& tag, int periodFrames = 256);
+    ~JackTestServer() { stop(); }
     int periodFrames() const { return m_periodFrames; }
-    static constexpr int kSampleRate = 48000;
-    ~JackTestServer();
 
     /// Only points JACK_DEFAULT_SERVER at this server's name.
-    void select() const;
-    /// Removes JACK's shared-memory leftovers of dead servers when no jackd is running.
-    static void forgetStaleServers();
+    void select() const { qputenv("JACK_DEFAULT_SERVER", m_name.toUtf8()); }
     /// Starts jackd and waits until a client can open on it. Without `probe` it only starts it:
     /// then this process opens no client of its own, and whoever waits must find the server.
     bool start(bool probe = true);
     /// Ends jackd with `signal` (SIGTERM: an orderly stop; SIGKILL: it dies, leaving its socket).
     void stop(int signal = SIGTERM);
-    bool isRunning() const { return m_probe != nullptr; }
-
-    /// Whether the server reports a connection from one port to the other.
-    bool areConnected(const QString& from, const QString& to) const;
 
 private:
     QString m_name;

@@ -2,28 +2,41 @@
 
 #include "JackTestServer.h"
 #include "UnitRig.h"
+#include "midi/jack/JackMidiSystem.h"
 
 namespace orvan::test {
 
+/// A JACK frame time as microseconds.
+inline std::chrono::microseconds framesToTime(qint64 frames)
+{
+    return std::chrono::microseconds(frames * std::micro::den / JackTestServer::kSampleRate);
+}
+
 /// orvan-unit-sim on the selected JACK server under `displayName`, not yet plugged in.
-std::unique_ptr<SimulatedUnit> jackUnit(const QString& displayName, QStringList options = {});
+inline std::unique_ptr<SimulatedUnit> jackUnit(const QString& displayName, QStringList options = {})
+{
+    return std::make_unique<SimulatedUnit>(QStringLiteral(ORVAN_UNIT_SIM_PATH),
+                                           QStringList{QStringLiteral("--name"), displayName} + options, framesToTime);
+}
 
 /// A private jackd on the dummy driver: the app on JackMidiSystem, units as orvan-unit-sim (one
 /// client named like the unit, ports "out" and "in" carrying its name), time stamps in JACK
 /// frames turned into microseconds.
 class JackUnitRig final : public UnitRig {
 public:
-    JackUnitRig();
     /// Starts the server. False if it did not come up.
-    bool start();
+    bool start() { return m_server.start(); }
 
-    std::unique_ptr<MidiSystem> createSystem() override;
-    std::unique_ptr<SimulatedUnit> unit(const QString& displayName, QStringList options = {}) override;
+    std::unique_ptr<MidiSystem> createSystem() override { return std::make_unique<JackMidiSystem>(); }
+    std::unique_ptr<SimulatedUnit> unit(const QString& displayName, QStringList options) override
+    {
+        return jackUnit(displayName, std::move(options));
+    }
     /// What leaves in one cycle arrives stamped at the start of the next: up to a period late.
-    std::chrono::microseconds stampError() const override;
+    std::chrono::microseconds stampError() const override { return framesToTime(m_server.periodFrames()); }
 
 private:
-    JackTestServer m_server;
+    JackTestServer m_server{QStringLiteral("battery")};
 };
 
 } // namespace orvan::test

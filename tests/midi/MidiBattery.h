@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvanMIDI.h"
 #include "UnitRig.h"
 #include "time/ManualClock.h"
 
@@ -14,6 +15,8 @@ using RigFactory = std::function<std::unique_ptr<UnitRig>()>;
 class MidiBattery : public testing::TestWithParam<RigFactory> {
 protected:
     void SetUp() override;
+    /// A unit named "Orvan", plugged in, once `engine` is linked to it; null if that never happens.
+    std::unique_ptr<SimulatedUnit> linkedUnit(const OrvanMIDI& engine);
 
     std::unique_ptr<UnitRig> rig;
     std::unique_ptr<MidiSystem> system;

@@ -38,11 +38,6 @@ SimulatedUnit::SimulatedUnit(QString program, QStringList arguments,
 {
 }
 
-SimulatedUnit::~SimulatedUnit()
-{
-    stop(false);
-}
-
 bool SimulatedUnit::plug()
 {
     m_output.clear();
@@ -51,23 +46,13 @@ bool SimulatedUnit::plug()
     QObject::connect(m_process.get(), &QProcess::readyReadStandardOutput, m_process.get(),
                      [this] { m_output += QString::fromUtf8(m_process->readAllStandardOutput()); });
     m_process->start(m_program, m_arguments);
-    if (!m_process->waitForStarted())
-        return false;
-    return waitFor([this] { return readyLine().startsWith(QLatin1String("ready")) || m_process->state() != QProcess::Running; })
+    // Its first line says "ready" once its ports exist.
+    return m_process->waitForStarted()
+        && waitFor([this] { return m_output.startsWith(QLatin1String("ready")) || m_process->state() != QProcess::Running; })
         && m_process->state() == QProcess::Running;
 }
 
-void SimulatedUnit::unplug()
-{
-    stop(false);
-}
-
-void SimulatedUnit::yank()
-{
-    stop(true);
-}
-
-void SimulatedUnit::stop(bool abruptly)
+void SimulatedUnit::unplug(bool abruptly)
 {
     if (!m_process || m_process->state() == QProcess::NotRunning)
         return;
@@ -79,11 +64,6 @@ void SimulatedUnit::stop(bool abruptly)
         m_process->kill();
     m_process->waitForFinished();
     m_output += QString::fromUtf8(m_process->readAllStandardOutput());
-}
-
-QString SimulatedUnit::readyLine() const
-{
-    return m_output.section(QLatin1Char('\n'), 0, 0);
 }
 
 std::vector<ReceivedMessage> SimulatedUnit::received() const

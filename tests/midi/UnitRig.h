@@ -3,7 +3,6 @@
 #include "midi/MidiSystem.h"
 
 #include <QProcess>
-#include <QString>
 #include <QStringList>
 #include <chrono>
 #include <functional>
@@ -26,16 +25,14 @@ struct ReceivedMessage {
 class SimulatedUnit {
 public:
     SimulatedUnit(QString program, QStringList arguments, std::function<std::chrono::microseconds(qint64)> stampToTime);
-    ~SimulatedUnit();
+    ~SimulatedUnit() { unplug(); }
 
     /// Starts it and waits until its ports exist. False if it did not come up.
     bool plug();
     /// Pulled out the way a user quits it (SIGTERM), or all at once (SIGKILL); waits until gone.
-    void unplug();
-    void yank();
+    void unplug(bool abruptly = false);
+    void yank() { unplug(true); }
 
-    /// Its first line: "ready <name> ..." (and, on ALSA, its sequencer address).
-    QString readyLine() const;
     /// Every message received so far, in order.
     std::vector<ReceivedMessage> received() const;
     QStringList receivedBytes() const;
@@ -43,8 +40,6 @@ public:
     void play(const QString& hexBytes, std::chrono::microseconds spacing = std::chrono::microseconds(0));
 
 private:
-    void stop(bool abruptly);
-
     QString m_program;
     QStringList m_arguments;
     std::function<std::chrono::microseconds(qint64)> m_stampToTime;
