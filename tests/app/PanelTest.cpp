@@ -131,7 +131,7 @@ TEST(OrvanPanel, PresetButtonsCallTheirOperationsAndTheNameDisplayFollows)
     auto* panel = rig.stage().orvanPanel();
     const auto shown = [&] { return panel->presetDisplay()->shownLines().join('|'); };
     EXPECT_EQ(shown(), "No presets saved");
-    for (const QString name : {"Vocals", "Drums"}) {
+    for (const QString name : {"Vocals", "Drums", "Keys"}) {
         rig.click(at(panel->presetButtons()[2])); // SAVE: a prompt with the draft, typed over
         QLineEdit* field = rig.shell->orvanDialogs().saveNameField();
         ASSERT_NE(field, nullptr);
@@ -140,21 +140,24 @@ TEST(OrvanPanel, PresetButtonsCallTheirOperationsAndTheNameDisplayFollows)
         rig.shell->orvanDialogs().saveDialog()->accept();
         QApplication::processEvents();
     }
-    EXPECT_EQ(shown(), "2 Drums");
+    EXPECT_EQ(shown(), "3 Keys");
     rig.click(at(panel->presetButtons()[1])); // next wraps to the first
     EXPECT_EQ(shown(), "1 Vocals");
-    rig.click(at(panel->presetButtons()[0]));
+    rig.click(at(panel->presetButtons()[1]));
     EXPECT_EQ(shown(), "2 Drums");
+    rig.click(at(panel->presetButtons()[0]));
+    rig.click(at(panel->presetButtons()[0])); // previous wraps to the last
+    EXPECT_EQ(shown(), "3 Keys");
 
 
-    // RECALL "2 Drums", saved with channel 2's +48V on: the change waits for the confirmation.
+    // RECALL "3 Keys", saved with channel 2's +48V on: the change waits for the confirmation.
     const qint64 gain = rig.orvan().midi().channels()[0].gainValue.value_or(0);
     rig.orvan().midi().setGain(0, gain + 5);
     rig.orvan().midi().set(OrvanSwitch::phantom, 1, false);
     rig.click(at(panel->presetButtons()[3]));
     QMessageBox* box = rig.shell->orvanDialogs().recallDialog();
     ASSERT_NE(box, nullptr);
-    EXPECT_EQ(box->text(), "Recall preset Drums?");
+    EXPECT_EQ(box->text(), "Recall preset Keys?");
     EXPECT_EQ(box->informativeText(), "This preset turns on +48V phantom power. Make sure no ribbon mic or unbalanced "
                                       "source is connected to those channels.");
     EXPECT_EQ(rig.orvan().midi().channels()[0].gainValue, gain + 5);
