@@ -10,31 +10,22 @@ namespace orvan::test {
 /// Reads the window's accessibility tree the way an assistive technology does: only through
 /// Qt's accessible interfaces, starting at the window.
 struct AccessTree {
-    explicit AccessTree(StageRig& rig)
-        : window(QAccessible::queryAccessibleInterface(&rig.window()))
-    {
-    }
+    explicit AccessTree(StageRig& rig) : window(QAccessible::queryAccessibleInterface(&rig.window())) {}
 
-    QAccessibleInterface* group(const QString& name) const
+    /// The child of `parent` called `name`, or null.
+    static QAccessibleInterface* child(QAccessibleInterface* parent, const QString& name)
     {
-        for (int i = 0; i < window->childCount(); ++i) {
-            QAccessibleInterface* child = window->child(i);
-            if (child->role() == QAccessible::Grouping && child->text(QAccessible::Name) == name)
-                return child;
+        for (int i = 0; parent && i < parent->childCount(); ++i) {
+            if (parent->child(i)->text(QAccessible::Name) == name)
+                return parent->child(i);
         }
         return nullptr;
     }
-
+    QAccessibleInterface* group(const QString& name) const { return child(window, name); }
     /// The control of `groupName` (empty: the window itself) called `name`; a label is called by its text.
     QAccessibleInterface* control(const QString& groupName, const QString& name) const
     {
-        QAccessibleInterface* panel = groupName.isEmpty() ? window : group(groupName);
-        for (int i = 0; panel && i < panel->childCount(); ++i) {
-            QAccessibleInterface* child = panel->child(i);
-            if (child->text(QAccessible::Name) == name)
-                return child;
-        }
-        return nullptr;
+        return child(groupName.isEmpty() ? window : group(groupName), name);
     }
 
     /// "Orvan/Channel 1 48V" for the control that has keyboard focus; empty if none.
@@ -50,14 +41,5 @@ struct AccessTree {
 
     QAccessibleInterface* window;
 };
-
-/// (controller, value) of every message sent to `unit`, in order.
-inline std::vector<std::pair<int, int>> sent(const StageRig& rig, const QString& unit)
-{
-    std::vector<std::pair<int, int>> messages;
-    for (const auto& m : rig.sentTo(unit))
-        messages.emplace_back(m.controller(), m.value());
-    return messages;
-}
 
 } // namespace orvan::test

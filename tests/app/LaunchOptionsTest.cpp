@@ -1,4 +1,3 @@
-#include "AppVersion.h"
 #include "LaunchOptions.h"
 
 #include <gtest/gtest.h>
@@ -7,11 +6,7 @@ using namespace orvan;
 
 TEST(LaunchOptions, HelpAndVersionAreFoundAnywhereAndEverythingElseRunsTheApp)
 {
-    struct Row {
-        QStringList arguments;
-        LaunchAction action;
-    };
-    const Row rows[] = {
+    const std::pair<QStringList, LaunchAction> rows[] = {
         {{"orvanrcu"}, LaunchAction::runApp},
         {{"orvanrcu", "--demo"}, LaunchAction::runApp},
         {{"orvanrcu", "--whatever", "x"}, LaunchAction::runApp},
@@ -20,18 +15,13 @@ TEST(LaunchOptions, HelpAndVersionAreFoundAnywhereAndEverythingElseRunsTheApp)
         {{"orvanrcu", "--demo", "--version"}, LaunchAction::printVersion},
         {{"orvanrcu", "--version", "--help"}, LaunchAction::printVersion},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(launchAction(row.arguments), row.action) << row.arguments.join(' ').toStdString();
+    for (const auto& [arguments, action] : rows)
+        EXPECT_EQ(launchAction(arguments), action) << arguments.join(' ').toStdString();
 }
 
-TEST(LaunchOptions, UsageListsBothLaunchOptions)
+TEST(LaunchOptions, UsageListsTheOptionsAndVersionNamesTheRelease)
 {
-    EXPECT_TRUE(usageText().contains("--demo"));
-    EXPECT_TRUE(usageText().contains("--render-icon PATH"));
-}
-
-TEST(LaunchOptions, VersionNamesTheAppAndItsVersion)
-{
-    EXPECT_EQ(versionText(), "OrvanRCU " + appVersion() + "\n");
-    EXPECT_NE(appVersion(), "");
+    for (const char* option : {"--demo", "--render-icon PATH", "--version", "--help"})
+        EXPECT_TRUE(usageText().contains(option)) << option;
+    EXPECT_EQ(versionText(), "OrvanRCU " ORVAN_PROJECT_VERSION "\n");
 }

@@ -5,21 +5,23 @@
 #include "OrvanMIDI.h"
 #include "OrvanRCUApp.h"
 #include "RCUModel.h"
+#include "dialogs/ConfirmationDialogs.h"
 #include "midi/virtual/VirtualMidiSystem.h"
 #include "stage/StageScene.h"
 #include "stage/StageWindow.h"
 #include "time/ManualClock.h"
 
+#include <QAbstractButton>
 #include <QApplication>
-#include <QImage>
 #include <QGraphicsItem>
+#include <QMessageBox>
 #include <QMouseEvent>
 #include <QTemporaryDir>
-#include <QWheelEvent>
 #include <gtest/gtest.h>
-#include <memory>
 
 namespace orvan::test {
+
+using Sent = std::vector<std::pair<int, int>>;
 
 /// The whole application on the offscreen platform over a virtual MIDI world, driven with real Qt
 /// mouse, wheel and key events sent to the window. Positions are given in stage design points.
@@ -48,71 +50,45 @@ public:
     }
 
     StageWindow& window() const { return shell->window(); }
-    QWidget* viewport() const { return window().viewport(); }
+    StageScene& stage() const { return shell->stage(); }
     RCUModel& orvan() const { return app->orvanModel(); }
     RCUModel& dunra() const { return app->dunraModel(); }
     RCUModel& melko() const { return app->melkoModel(); }
 
-    QPointF toViewport(QPointF stagePoint) const { return window().mapFromScene(stagePoint); }
     /// Where an item's local point lies on the stage.
     static QPointF at(const QGraphicsItem* item, QPointF local = {}) { return item->mapToScene(local); }
 
-    void press(QPointF stagePoint) { mouse(QEvent::MouseButtonPress, stagePoint, Qt::LeftButton, Qt::LeftButton); }
-    void moveHeld(QPointF stagePoint) { mouse(QEvent::MouseMove, stagePoint, Qt::NoButton, Qt::LeftButton); }
-    void release(QPointF stagePoint) { mouse(QEvent::MouseButtonRelease, stagePoint, Qt::LeftButton, Qt::NoButton); }
-    void click(QPointF stagePoint)
-    {
-        hover(stagePoint);
-        press(stagePoint);
-        release(stagePoint);
-    }
-    /// Moves the pointer without buttons (hover enter and leave follow from it).
-    void hover(QPointF stagePoint) { mouse(QEvent::MouseMove, stagePoint, Qt::NoButton, Qt::NoButton); }
-    /// A vertical drag in stage points (negative dy is upward), in one move.
+    // Mouse and wheel events at stage points; the pointer moves there first, without buttons.
+    void press(QPointF p) { mouse(QEvent::MouseButtonPress, p, Qt::LeftButton, Qt::LeftButton); }
+    void moveHeld(QPointF p) { mouse(QEvent::MouseMove, p, Qt::NoButton, Qt::LeftButton); }
+    void release(QPointF p) { mouse(QEvent::MouseButtonRelease, p, Qt::LeftButton, Qt::NoButton); }
+    void hover(QPointF p) { mouse(QEvent::MouseMove, p, Qt::NoButton, Qt::NoButton); }
+    void click(QPointF p) { drag(p, 0); }
+    /// A press, one vertical move by `dy` stage points (negative is upward) unless 0, and a release.
     void drag(QPointF from, double dy)
     {
         hover(from);
         press(from);
-        moveHeld(from + QPointF(0, dy));
+        if (dy != 0)
+            moveHeld(from + QPointF(0, dy));
         release(from + QPointF(0, dy));
     }
-
-    /// A notched wheel turned by `lines` (120 eighths of a degree each), over the pointer's place.
-    void wheelLines(QPointF stagePoint, double lines)
-    {
-        hover(stagePoint);
-        wheel(stagePoint, QPoint(), QPoint(0, int(std::lround(lines * 120))));
-    }
     /// One wheel event of `eighths` of a degree (a notch is 120; many mice split it finely).
-    void wheelAngle(QPointF stagePoint, int eighths)
+    void wheel(QPointF p, int eighths) { wheelEvent(p, QPoint(), QPoint(0, eighths)); }
+    void swipe(QPointF p, int points) { wheelEvent(p, QPoint(0, points), QPoint(0, points)); }
+    void key(int key)
     {
-        hover(stagePoint);
-        wheel(stagePoint, QPoint(), QPoint(0, eighths));
-    }
-    /// A trackpad swipe of `points` pixels.
-    void wheelPixels(QPointF stagePoint, int points)
-    {
-        hover(stagePoint);
-        wheel(stagePoint, QPoint(0, points), QPoint(0, points));
+        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+        QApplication::sendEvent(&window(), &press);
     }
 
     /// The window as the user sees it: the view grabbed after show(), at the screen's pixel ratio.
-    QImage windowImage() const
-    {
-        QApplication::processEvents();
-        return window().grab().toImage();
-    }
+    QImage windowImage() const { return QApplication::processEvents(), window().grab().toImage(); }
     /// The colour at a stage point in such an image.
     QRgb windowPixel(const QImage& image, QPointF stagePoint) const
     {
         const QPointF local = window().viewportTransform().map(stagePoint);
         return image.pixel(int(local.x() * image.devicePixelRatio()), int(local.y() * image.devicePixelRatio()));
-    }
-
-    void key(int key)
-    {
-        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
-        QApplication::sendEvent(&window(), &press);
     }
 
     /// The unit reports a Control Change, as if its front panel was used.
@@ -121,8 +97,23 @@ public:
         midi->injectControlChange(devices.at(unit).source, controller, value);
         QApplication::processEvents();
     }
-
-    std::vector<VirtualMidiSystem::SentMessage> sentTo(const QString& unit) const { return midi->sentTo(unit); }
+    Sent sent(const QString& unit) const // (controller, value) pairs
+    {
+        Sent messages;
+        for (const auto& m : midi->sentTo(unit))
+            messages.emplace_back(m.controller(), m.value());
+        return messages;
+    }
+    /// Clicks the dialog's button labelled `text`.
+    static void answer(QMessageBox* box, const QString& text)
+    {
+        ASSERT_NE(box, nullptr);
+        for (QAbstractButton* button : box->buttons()) {
+            if (button->text() == text)
+                button->click();
+        }
+        QApplication::processEvents();
+    }
 
     QTemporaryDir dataHome;
     ManualClock clock;
@@ -132,18 +123,19 @@ public:
     std::unique_ptr<ApplicationShell> shell;
 
 private:
-    void mouse(QEvent::Type type, QPointF stagePoint, Qt::MouseButton button, Qt::MouseButtons buttons)
+    void mouse(QEvent::Type type, QPointF p, Qt::MouseButton button, Qt::MouseButtons buttons)
     {
-        const QPointF local = toViewport(stagePoint);
-        QMouseEvent event(type, local, viewport()->mapToGlobal(local), button, buttons, Qt::NoModifier);
-        QApplication::sendEvent(viewport(), &event);
+        const QPointF local = window().mapFromScene(p);
+        QMouseEvent event(type, local, window().viewport()->mapToGlobal(local), button, buttons, Qt::NoModifier);
+        QApplication::sendEvent(window().viewport(), &event);
     }
-    void wheel(QPointF stagePoint, QPoint pixelDelta, QPoint angleDelta)
+    void wheelEvent(QPointF p, QPoint pixelDelta, QPoint angleDelta)
     {
-        const QPointF local = toViewport(stagePoint);
-        QWheelEvent event(local, viewport()->mapToGlobal(local), pixelDelta, angleDelta, Qt::NoButton, Qt::NoModifier,
-                          Qt::NoScrollPhase, false);
-        QApplication::sendEvent(viewport(), &event);
+        hover(p);
+        const QPointF local = window().mapFromScene(p);
+        QWheelEvent event(local, window().viewport()->mapToGlobal(local), pixelDelta, angleDelta, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(window().viewport(), &event);
     }
 };
 
