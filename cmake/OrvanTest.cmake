@@ -20,6 +20,9 @@ function(orvan_add_test)
   target_link_libraries(${T_NAME} PRIVATE ${T_LINK} GTest::gtest GTest::gmock)
   add_test(NAME ${T_NAME} COMMAND ${T_NAME})
   set(xdg "${CMAKE_CURRENT_BINARY_DIR}/${T_NAME}.xdg")
+  # Made at configure time: a fresh build tree has no such folder, and a test that makes its
+  # temporary folders under it (ORVAN_TEST_TMP) would otherwise find nowhere to put them.
+  file(MAKE_DIRECTORY "${xdg}")
   set_tests_properties(${T_NAME} PROPERTIES
     TIMEOUT ${T_TIMEOUT}
     ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_DATA_HOME=${xdg}/data;XDG_CACHE_HOME=${xdg}/cache;XDG_RUNTIME_DIR=${xdg}/run;ORVAN_TEST_TMP=${xdg}")
