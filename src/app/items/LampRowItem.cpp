@@ -12,7 +12,7 @@ constexpr double kRowHeightInLabelSizes = 1.4;
 
 LampRowItem::LampRowItem(Look look, QString label, std::function<bool()> isOn, std::function<void()> action,
                          QGraphicsItem* parent)
-    : PushItem(rowSize(look), std::move(action), parent)
+    : PushItem([this] { return rowSize(m_look, labelWidth()); }, std::move(action), parent)
     , m_look(std::move(look))
     , m_label(std::move(label))
     , m_isOn(std::move(isOn))
@@ -21,9 +21,14 @@ LampRowItem::LampRowItem(Look look, QString label, std::function<bool()> isOn, s
     m_on = m_isOn && m_isOn();
 }
 
-QSizeF LampRowItem::rowSize(const Look& look)
+double LampRowItem::labelWidth() const
 {
-    const double width = look.lampSize + (look.labelWidth > 0 ? look.gap + look.labelWidth : 0);
+    return m_look.labelWidth == kFitLabel ? letteringWidth(m_label, m_look.labelStyle) + 1 : m_look.labelWidth;
+}
+
+QSizeF LampRowItem::rowSize(const Look& look, double labelWidth)
+{
+    const double width = look.lampSize + (labelWidth > 0 ? look.gap + labelWidth : 0);
     return {width, std::max(look.lampSize, look.labelStyle.size * kRowHeightInLabelSizes)};
 }
 
@@ -47,8 +52,8 @@ void LampRowItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
     const QRectF row = faceRect();
     const QPointF lampCentre(row.left() + m_look.lampSize / 2, row.center().y());
     render::paintLED(*painter, lampCentre, m_look.lampSize, m_on, m_look.color);
-    if (m_look.labelWidth > 0) {
-        const QRectF box(row.left() + m_look.lampSize + m_look.gap, row.top(), m_look.labelWidth, row.height());
+    if (const double width = labelWidth(); width > 0) {
+        const QRectF box(row.left() + m_look.lampSize + m_look.gap, row.top(), width, row.height());
         drawLettering(*painter, box, Qt::AlignLeft | Qt::AlignVCenter, m_label, m_look.labelStyle);
     }
 }

@@ -14,10 +14,13 @@ public:
     struct Look {
         double lampSize;
         double gap;          ///< between lamp and label
-        double labelWidth;   ///< the label's box; 0 for a lamp without label
+        double labelWidth;   ///< the label's box; 0 for a lamp without label, kFitLabel for the label's own width
         QColor color;
         LetteringStyle labelStyle;
     };
+
+    /// A label box as wide as the label itself (plus a point), measured when first needed.
+    static constexpr double kFitLabel = -1;
 
     LampRowItem(Look look, QString label, std::function<bool()> isOn, std::function<void()> action,
                 QGraphicsItem* parent = nullptr);
@@ -30,9 +33,10 @@ protected:
     QMarginsF paintMargins() const override;
 
 private:
-    static QSizeF rowSize(const Look& look);
+    static QSizeF rowSize(const Look& look, double labelWidth);
+    double labelWidth() const;
 
-    Look m_look;
+    Look m_look; ///< labelWidth as given: it may be kFitLabel
     QString m_label;
     std::function<bool()> m_isOn;
     bool m_on = false;

@@ -13,6 +13,27 @@ PushItem::PushItem(QSizeF size, std::function<void()> action, QGraphicsItem* par
     setAcceptedMouseButtons(Qt::LeftButton);
 }
 
+PushItem::PushItem(std::function<QSizeF()> measureSize, std::function<void()> action, QGraphicsItem* parent)
+    : QGraphicsObject(parent)
+    , m_measureSize(std::move(measureSize))
+    , m_action(std::move(action))
+{
+    setAcceptedMouseButtons(Qt::LeftButton);
+}
+
+QSizeF PushItem::size() const
+{
+    if (!m_size)
+        m_size = m_measureSize();
+    return *m_size;
+}
+
+QRectF PushItem::faceRect() const
+{
+    const QSizeF s = size();
+    return {-s.width() / 2, -s.height() / 2, s.width(), s.height()};
+}
+
 QRectF PushItem::boundingRect() const
 {
     return faceRect().marginsAdded(paintMargins());

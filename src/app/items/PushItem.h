@@ -2,6 +2,7 @@
 
 #include <QGraphicsObject>
 #include <functional>
+#include <optional>
 
 namespace orvan {
 
@@ -13,16 +14,19 @@ class PushItem : public QGraphicsObject {
 
 public:
     PushItem(QSizeF size, std::function<void()> action, QGraphicsItem* parent = nullptr);
+    /// A face whose size is measured when first needed: measuring text loads the fonts, which a
+    /// first frame from the cache folder does not need.
+    PushItem(std::function<QSizeF()> measureSize, std::function<void()> action, QGraphicsItem* parent = nullptr);
 
     QRectF boundingRect() const override;
     QPainterPath shape() const override;
-    QSizeF size() const { return m_size; }
+    QSizeF size() const;
     bool isPressed() const { return m_pressed; }
     /// Runs the button's action, as a click does (the keyboard and screen readers press this way).
     void activate();
 
     /// Where the face is drawn: centred on the item's origin.
-    QRectF faceRect() const { return {-m_size.width() / 2, -m_size.height() / 2, m_size.width(), m_size.height()}; }
+    QRectF faceRect() const;
 
 protected:
     void mousePressEvent(QGraphicsSceneMouseEvent* event) override;
@@ -35,7 +39,8 @@ protected:
 private:
     void setPressed(bool pressed);
 
-    QSizeF m_size;
+    mutable std::optional<QSizeF> m_size;
+    std::function<QSizeF()> m_measureSize;
     std::function<void()> m_action;
     bool m_pressed = false;
 };

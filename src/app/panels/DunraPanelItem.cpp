@@ -126,7 +126,7 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
         for (int i = 0; i < 5; ++i) {
             const Cell& cell = cells()[i];
             const LampRowItem::Look look{.lampSize = 8, .gap = 4,
-                                         .labelWidth = letteringWidth(cell.label, cellLabelStyle()) + 1,
+                                         .labelWidth = LampRowItem::kFitLabel,
                                          .color = cell.color, .labelStyle = cellLabelStyle()};
             auto* item = follow(new LampRowItem(
                 look, cell.label, [&engine, c, s = cell.sw] { return engine.channels().value(c).isOn(s); },
