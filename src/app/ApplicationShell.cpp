@@ -1,11 +1,14 @@
 #include "ApplicationShell.h"
 
+#include "AfterFirstPaint.h"
 #include "OrvanRCUApp.h"
 #include "WheelEventFilter.h"
 #include "access/AccessLayer.h"
 #include "dialogs/ConfirmationDialogs.h"
+#include "stage/StageLook.h"
 #include "stage/StageScene.h"
 #include "stage/StageWindow.h"
+#include "stage/StartupFrame.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -49,9 +52,12 @@ ApplicationShell::ApplicationShell(OrvanRCUApp& app)
     // Every plate and control keeps its look in Qt's pixmap cache. At a device-pixel ratio of 2
     // they need about 40 MB; with Qt's default 10 MB they would evict each other every frame.
     QPixmapCache::setCacheLimit(kPixmapCacheKilobytes);
-    m_window->setWindowIcon(windowIcon());
+    // Decoding the pictures loads Qt's image plugins: not before the window shows.
+    afterFirstPaint(*m_window->viewport(), [this] { m_window->setWindowIcon(windowIcon()); });
     m_window->setArrowStepHandler([this](int steps) { m_stage->adjustFocused(steps); });
     new AccessLayer(*m_stage, *m_window); // the window owns it
+    m_startupFrame = new StartupFrame(*m_window->viewport(), [&app] { return StageLook::describe(app); });
+    m_window->setStartupFrame(m_startupFrame);
     // The stage shows the Orvan's dialogs; the Dunra panel has its own, with its own wording.
     m_orvanDialogs = new ConfirmationDialogs(app.orvanModel(), DialogTexts::orvan(), m_window.get());
     m_dunraDialogs = new ConfirmationDialogs(app.dunraModel(), DialogTexts::dunra(), m_window.get());

@@ -7,6 +7,7 @@
 TEST(WindowIcon, WindowCarriesTheThemesPictureAtEverySize)
 {
     orvan::test::StageRig rig;
+    QApplication::processEvents(); // the icon is given right after the first frame
     const QIcon icon = rig.window().windowIcon();
     for (int size : {16, 24, 32, 48, 64, 128}) {
         SCOPED_TRACE(std::to_string(size) + " px");

@@ -5,6 +5,8 @@
 
 namespace orvan {
 
+class StartupFrame;
+
 /// The one window: undecorated, fixed size, black, showing the stage at 0.8. The up and down
 /// arrow keys step the gain of whatever `onArrowStep` routes them to.
 class StageWindow final : public QGraphicsView {
@@ -16,11 +18,16 @@ public:
     /// Places the window in the middle of its screen (where the window system lets us).
     void centreOnScreen();
 
+    /// Lets `frame` paint the window's first frame (it may come from the cache folder).
+    void setStartupFrame(StartupFrame* frame) { m_startupFrame = frame; }
+
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     std::function<void(int)> m_onArrowStep;
+    StartupFrame* m_startupFrame = nullptr;
 };
 
 } // namespace orvan
