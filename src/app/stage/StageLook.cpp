@@ -31,10 +31,10 @@ void writeUnit(QDataStream& out, const RCUModel& model)
             << channel.hpf;
     }
     out << model.selected() << model.knobAngle();
+    // Only the current preset is on show: saving another one leaves the look as it was.
     writeOptional(out, model.presetIndex());
-    out << qint64(model.presets().size());
-    for (const Preset& preset : model.presets())
-        out << preset.name;
+    const std::optional<Preset> current = model.currentPreset();
+    out << current.has_value() << (current ? current->name : QString());
     const auto [first, second] = model.lcdLines();
     out << first << second;
     out << model.pendingPhantom().has_value() << model.pendingReset() << model.pendingRecall().has_value()
