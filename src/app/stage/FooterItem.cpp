@@ -25,9 +25,12 @@ LetteringStyle FooterItem::style()
 // The item's origin is the line's anchor: its bottom-left corner, or bottom-right for the right side.
 QRectF FooterItem::boundingRect() const
 {
-    const double width = letteringWidth(m_text, style()) + 2;
-    const double left = m_side & Qt::AlignRight ? -width : 0;
-    return {left - 1, -kLineHeight, width + 2, kLineHeight + 1};
+    if (!m_box) {
+        const double width = letteringWidth(m_text, style()) + 2;
+        const double left = m_side & Qt::AlignRight ? -width : 0;
+        m_box = QRectF(left - 1, -kLineHeight, width + 2, kLineHeight + 1);
+    }
+    return *m_box;
 }
 
 void FooterItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)

@@ -3,6 +3,7 @@
 #include "items/Lettering.h"
 
 #include <QGraphicsItem>
+#include <optional>
 
 namespace orvan {
 
@@ -21,6 +22,8 @@ public:
 private:
     QString m_text;
     Qt::Alignment m_side;
+    /// Measured once, when first asked: the view asks for the box on every frame.
+    mutable std::optional<QRectF> m_box;
 };
 
 } // namespace orvan
