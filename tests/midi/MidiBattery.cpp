@@ -73,19 +73,6 @@ TEST_P(MidiBattery, AUnitReplugged100TimesUnderTheSameNameHearsAndIsHeardEveryTi
     }
 }
 
-TEST_P(MidiBattery, AKnobTurnAtTheUnitShowsToTheDecibel)
-{
-    // given the unit, whose knob on channel 1 turns from 27 dB to 32 dB once the engine listens
-    OrvanMIDI engine(Catalogue::orvan(), *system, clock);
-    auto unit = rig->unit(kOrvan, {QStringLiteral("--turn"), QStringLiteral("0:27:32"), QStringLiteral("--detent-ms"),
-                                   QStringLiteral("10")});
-    ASSERT_TRUE(unit->plug());
-
-    // when its five coarse reports (9, 9, 10, 10, 10) arrive, then every one was applied, in order
-    EXPECT_TRUE(waitFor([&] { return shownGainDecibels(engine.channels()[0]) == 32; }))
-        << "shown: " << shownGainDecibels(engine.channels()[0]).value_or(-1);
-}
-
 TEST_P(MidiBattery, AUnitThatVanishesInTheMiddleOfAResetGetsAWholeResetWhenItReturns)
 {
     // given a connected unit, and a reset under way: the first messages are out
