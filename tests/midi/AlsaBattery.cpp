@@ -10,10 +10,10 @@ namespace orvan::test {
 class AlsaUnitRig final : public UnitRig {
 public:
     std::unique_ptr<MidiSystem> createSystem() override { return std::make_unique<AlsaMidiSystem>(); }
-    std::unique_ptr<SimulatedUnit> unit(const QString& displayName, QStringList options) override
+    std::unique_ptr<SimulatedUnit> unit(const QString& displayName) override
     {
         return std::make_unique<SimulatedUnit>(QStringLiteral(ORVAN_UNIT_SIM_PATH),
-                                               QStringList{QStringLiteral("--alsa"), QStringLiteral("--name"), displayName} + options,
+                                               QStringList{QStringLiteral("--alsa"), QStringLiteral("--name"), displayName},
                                                [](qint64 microseconds) { return std::chrono::microseconds(microseconds); });
     }
     /// The sequencer's clock advances by timer ticks (4 ms at Debian's 250 Hz): a stamp taken

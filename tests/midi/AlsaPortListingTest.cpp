@@ -66,16 +66,4 @@ INSTANTIATE_TEST_SUITE_P(Rows, AlsaDisplayNames, testing::Values(
                {{33, 0, "Orvan", "Orvan MIDI 1", kDuplex}, {33, 1, "Orvan", "Orvan ctl", kDuplex | SND_SEQ_PORT_CAP_NO_EXPORT}},
                {"Orvan"}, {"Orvan"}}));
 
-TEST(AlsaPortListing, EndpointsKeepTheirSequencerAddressAndListingOrder)
-{
-    // given two units, listed Dunra first
-    const std::vector<AlsaPort> ports{{36, 0, "Dunra", "Dunra MIDI 1", kDuplex}, {24, 0, "Orvan", "Orvan MIDI 1", kDuplex}};
-
-    // when
-    const auto sources = alsaEndpoints(ports, MidiDirection::source);
-
-    // then
-    EXPECT_EQ(sources, (std::vector<AlsaEndpoint>{{36, 0, "Dunra"}, {24, 0, "Orvan"}}));
-}
-
 } // namespace

@@ -41,87 +41,84 @@ public:
 
 class CombinedMidiSystemTest : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        DemoMode::shared().setActive(false);
-        std::vector<std::unique_ptr<MidiSystem>> systems;
-        systems.push_back(std::make_unique<DetachCounter>());
-        systems.push_back(std::make_unique<DetachCounter>());
-        alsa = static_cast<DetachCounter*>(systems[0].get());
-        jack = static_cast<DetachCounter*>(systems[1].get());
-        combined = std::make_unique<CombinedMidiSystem>(std::move(systems));
-    }
+    void SetUp() override { DemoMode::shared().setActive(false); }
+
+    /// Two in-process systems combined; the first stands where ALSA stands in the app.
+    struct Systems {
+        Systems()
+        {
+            std::vector<std::unique_ptr<MidiSystem>> systems;
+            systems.push_back(std::make_unique<DetachCounter>());
+            systems.push_back(std::make_unique<DetachCounter>());
+            first = static_cast<DetachCounter*>(systems[0].get());
+            second = static_cast<DetachCounter*>(systems[1].get());
+            combined = std::make_unique<CombinedMidiSystem>(std::move(systems));
+        }
+        DetachCounter* first = nullptr;
+        DetachCounter* second = nullptr;
+        std::unique_ptr<CombinedMidiSystem> combined;
+    };
 
     ManualClock clock;
-    DetachCounter* alsa = nullptr;
-    DetachCounter* jack = nullptr;
-    std::unique_ptr<CombinedMidiSystem> combined;
 };
 
-TEST_F(CombinedMidiSystemTest, TheFirstSystemIsListedFirstAndDrivesAUnitSeenOnBoth)
+TEST_F(CombinedMidiSystemTest, TheFirstSystemThatHasTheUnitDrivesItHearsItAndListsItsEndpointsFirst)
 {
-    // given a Dunra on the second system and one on the first
-    jack->inner.addDevice(QStringLiteral("Dunra"));
-    alsa->inner.addDevice(QStringLiteral("Orvan 2"));
-    alsa->inner.addDevice(QStringLiteral("Dunra"));
-    OrvanMIDI engine(Catalogue::dunra(), *combined, clock);
+    for (const bool onBoth : {false, true}) {
+        SCOPED_TRACE(onBoth ? "on both systems" : "on the second system only");
+        // given an Orvan on the second system and perhaps, beside another device, on the first
+        Systems s;
+        const auto onSecond = s.second->inner.addDevice(QStringLiteral("Orvan"));
+        if (onBoth)
+            s.first->inner.addDevice(QStringLiteral("Orvan 2"));
+        const auto onFirst = onBoth ? s.first->inner.addDevice(QStringLiteral("Orvan")) : VirtualMidiSystem::Device{};
+        OrvanMIDI engine(Catalogue::orvan(), *s.combined, clock);
+        ASSERT_TRUE(engine.isConnected());
+        VirtualMidiSystem& driving = onBoth ? s.first->inner : s.second->inner;
+        VirtualMidiSystem& idle = onBoth ? s.second->inner : s.first->inner;
 
-    // when the user sets a gain
-    engine.setGain(1, 8);
+        // when that unit reports +48V on for the channel labelled 3 and the user mutes channel 1
+        driving.injectControlChange((onBoth ? onFirst : onSecond).source, 36, 127);
+        QCoreApplication::sendPostedEvents();
+        engine.set(OrvanSwitch::mute, 0, true);
 
-    // then the first system's endpoints come first, under their own names, and it alone is driven
-    QStringList names;
-    for (int i = 0, count = combined->sourceCount(); i < count; ++i)
-        names << combined->displayName(combined->source(i)).value_or(QStringLiteral("?"));
-    EXPECT_EQ(names, (QStringList{"Orvan 2", "Dunra", "Dunra"}));
-    ASSERT_EQ(alsa->inner.sent().size(), 1u);
-    EXPECT_EQ(alsa->inner.sent()[0].word, 0x20B01908u);
-    EXPECT_TRUE(jack->inner.sent().empty());
-}
-
-TEST_F(CombinedMidiSystemTest, AUnitOnTheSecondSystemIsFoundDrivenAndHeard)
-{
-    // given the Orvan only on the second system, and a client on both
-    const auto unit = jack->inner.addDevice(QStringLiteral("Orvan"));
-    OrvanMIDI engine(Catalogue::orvan(), *combined, clock);
-    ASSERT_TRUE(engine.isConnected());
-    EXPECT_EQ(alsa->inner.clientNames(), QStringList{"OrvanRCU-Orvan"});
-    EXPECT_EQ(jack->inner.clientNames(), QStringList{"OrvanRCU-Orvan"});
-
-    // when it reports +48V on for the channel labelled 3 and we mute channel 1
-    jack->inner.injectControlChange(unit.source, 36, 127);
-    QCoreApplication::sendPostedEvents();
-    engine.set(OrvanSwitch::mute, 0, true);
-
-    // then
-    EXPECT_TRUE(engine.channels()[2].phantom);
-    ASSERT_EQ(jack->inner.sentTo(QStringLiteral("Orvan")).size(), 1u);
-    EXPECT_EQ(jack->inner.sent()[0].word, 0x20B0077Fu);
-    EXPECT_TRUE(alsa->inner.sent().empty());
+        // then the panel shows the report and that unit alone gets the message; the engine has
+        // a client on both systems, and the first system's endpoints come first, under their names
+        EXPECT_TRUE(engine.channels()[2].phantom);
+        ASSERT_EQ(driving.sent().size(), 1u);
+        EXPECT_EQ(driving.sent()[0].word, 0x20B0077Fu);
+        EXPECT_TRUE(idle.sent().empty());
+        EXPECT_EQ(idle.clientNames(), QStringList{"OrvanRCU-Orvan"});
+        QStringList names;
+        for (int i = 0, count = s.combined->sourceCount(); i < count; ++i)
+            names << s.combined->displayName(s.combined->source(i)).value_or(QStringLiteral("?"));
+        EXPECT_EQ(names, onBoth ? (QStringList{"Orvan 2", "Orvan", "Orvan"}) : QStringList{"Orvan"});
+    }
 }
 
 TEST_F(CombinedMidiSystemTest, ARescanDetachesOnlyAUnitThatIsNoLongerFound)
 {
     // given a connected Orvan
-    const auto unit = jack->inner.addDevice(QStringLiteral("Orvan"));
-    OrvanMIDI engine(Catalogue::orvan(), *combined, clock);
+    Systems s;
+    const auto unit = s.second->inner.addDevice(QStringLiteral("Orvan"));
+    OrvanMIDI engine(Catalogue::orvan(), *s.combined, clock);
     ASSERT_TRUE(engine.hardwarePresent());
 
     // when another device comes and the engine rescans, then the Orvan's source was never
     // detached, so nothing it sent in between was lost
-    alsa->inner.addDevice(QStringLiteral("Keyboard"));
+    s.first->inner.addDevice(QStringLiteral("Keyboard"));
     QCoreApplication::sendPostedEvents();
     QCoreApplication::sendPostedEvents();
-    EXPECT_EQ(jack->detaches, 0);
-    EXPECT_TRUE(jack->inner.isAttached(unit.source));
+    EXPECT_EQ(s.second->detaches, 0);
+    EXPECT_TRUE(s.second->inner.isAttached(unit.source));
 
     // when its source loses its name, then it is detached after the rescan
-    jack->inner.rename(unit.source, QStringLiteral("Orvan (old)"));
+    s.second->inner.rename(unit.source, QStringLiteral("Orvan (old)"));
     QCoreApplication::sendPostedEvents();
     QCoreApplication::sendPostedEvents();
     EXPECT_FALSE(engine.hardwarePresent());
-    EXPECT_EQ(jack->detaches, 1);
-    EXPECT_FALSE(jack->inner.isAttached(unit.source));
+    EXPECT_EQ(s.second->detaches, 1);
+    EXPECT_FALSE(s.second->inner.isAttached(unit.source));
 }
 
 } // namespace

@@ -13,10 +13,10 @@ inline std::chrono::microseconds framesToTime(qint64 frames)
 }
 
 /// orvan-unit-sim on the selected JACK server under `displayName`, not yet plugged in.
-inline std::unique_ptr<SimulatedUnit> jackUnit(const QString& displayName, QStringList options = {})
+inline std::unique_ptr<SimulatedUnit> jackUnit(const QString& displayName)
 {
-    return std::make_unique<SimulatedUnit>(QStringLiteral(ORVAN_UNIT_SIM_PATH),
-                                           QStringList{QStringLiteral("--name"), displayName} + options, framesToTime);
+    return std::make_unique<SimulatedUnit>(QStringLiteral(ORVAN_UNIT_SIM_PATH), QStringList{QStringLiteral("--name"), displayName},
+                                           framesToTime);
 }
 
 /// A private jackd on the dummy driver: the app on JackMidiSystem, units as orvan-unit-sim (one
@@ -28,10 +28,7 @@ public:
     bool start() { return m_server.start(); }
 
     std::unique_ptr<MidiSystem> createSystem() override { return std::make_unique<JackMidiSystem>(); }
-    std::unique_ptr<SimulatedUnit> unit(const QString& displayName, QStringList options) override
-    {
-        return jackUnit(displayName, std::move(options));
-    }
+    std::unique_ptr<SimulatedUnit> unit(const QString& displayName) override { return jackUnit(displayName); }
     /// What leaves in one cycle arrives stamped at the start of the next: up to a period late.
     std::chrono::microseconds stampError() const override { return framesToTime(m_server.periodFrames()); }
 

@@ -54,8 +54,8 @@ public:
     virtual ~UnitRig() = default;
     /// The app's side: the MIDI system the engines are built on.
     virtual std::unique_ptr<MidiSystem> createSystem() = 0;
-    /// A unit under `displayName` (not yet plugged in), with further simulator options.
-    virtual std::unique_ptr<SimulatedUnit> unit(const QString& displayName, QStringList options = {}) = 0;
+    /// A unit under `displayName`, not yet plugged in.
+    virtual std::unique_ptr<SimulatedUnit> unit(const QString& displayName) = 0;
     /// How far a unit's time stamp may sit from the moment a message really arrived.
     virtual std::chrono::microseconds stampError() const = 0;
 };

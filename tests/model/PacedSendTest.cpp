@@ -20,14 +20,6 @@ TEST_F(PacedSendTest, AWholeUnitGoesOutPacedDIThenPhantomThenASettlingPauseThenG
           {948, 9, 6}, {960, 2, kOff}, {972, 5, kOff},      // gain, pad, polarity of channel 1
           {984, 25, 6}, {996, 18, kOff}, {1008, 21, kOff},  // and of channel 2
           {1020, 7, kOff}, {1032, 23, kOff}}},              // mute
-        {"eight-channel reset", Catalogue::orvan(), std::nullopt,
-         {{0, 4, kOff}, {12, 20, kOff}, {24, 36, kOff}, {36, 52, kOff}, {48, 68, kOff}, {60, 84, kOff}, {72, 100, kOff}, {84, 116, kOff},
-          {996, 9, 6}, {1008, 2, kOff}, {1020, 5, kOff}, {1032, 25, 6}, {1044, 18, kOff}, {1056, 21, kOff},
-          {1068, 41, 6}, {1080, 34, kOff}, {1092, 37, kOff}, {1104, 57, 6}, {1116, 50, kOff}, {1128, 53, kOff},
-          {1140, 73, 6}, {1152, 66, kOff}, {1164, 69, kOff}, {1176, 89, 6}, {1188, 82, kOff}, {1200, 85, kOff},
-          {1212, 105, 6}, {1224, 98, kOff}, {1236, 101, kOff}, {1248, 121, 6}, {1260, 114, kOff}, {1272, 117, kOff},
-          {1284, 7, kOff}, {1296, 23, kOff}, {1308, 39, kOff}, {1320, 55, kOff},
-          {1332, 71, kOff}, {1344, 87, kOff}, {1356, 103, kOff}, {1368, 119, kOff}}},
         {"recall, a gain never reported is not sent", Catalogue::dunra(),
          QList<ChannelSnapshot>{ChannelSnapshot{12, true, true, false, false, false}, ChannelSnapshot{std::nullopt, false, false, true, true, true}},
          {{0, 0, kOff}, {12, 16, kDIOn}, {24, 4, kOn}, {36, 20, kOff},

@@ -36,14 +36,15 @@ namespace {
 
 constexpr double kScale = 6;
 
-QImage renderReadout(std::optional<qint64> dB)
+/// The readout centred at (50, 40) on a plate of `plate`, six pixels a point.
+QImage renderReadout(const GainDisplay& display, QColor plate = Qt::black)
 {
     QImage image(QSize(100, 80) * kScale, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::black);
+    image.fill(plate);
     QPainter p(&image);
     p.setRenderHint(QPainter::Antialiasing);
     p.scale(kScale, kScale);
-    paintGainDisplay(p, QPointF(50, 40), GainDisplay{dB, false, true, Qt::white});
+    paintGainDisplay(p, QPointF(50, 40), display);
     return image;
 }
 
@@ -82,7 +83,7 @@ TEST(GainDisplay, ShowsTwoDigitsOfTheValueAndADashWhenUnknown)
         {18, "bc", "abcdefg"},
     };
     for (const Row& row : rows) {
-        const QImage image = renderReadout(row.dB);
+        const QImage image = renderReadout(GainDisplay{row.dB, false, true, Qt::white});
         EXPECT_EQ(litSegments(image, 0), row.tens) << (row.dB ? *row.dB : -1);
         EXPECT_EQ(litSegments(image, 1), row.ones) << (row.dB ? *row.dB : -1);
     }
@@ -90,14 +91,8 @@ TEST(GainDisplay, ShowsTwoDigitsOfTheValueAndADashWhenUnknown)
 
 TEST(GainDisplay, SelectionBrightensTheGlowButNotTheDigits)
 {
-    QImage plain(QSize(100, 80) * int(kScale), QImage::Format_ARGB32_Premultiplied), selected = plain;
-    for (auto [image, isSelected] : {std::pair{&plain, false}, std::pair{&selected, true}}) {
-        image->fill(Qt::black);
-        QPainter p(image);
-        p.setRenderHint(QPainter::Antialiasing);
-        p.scale(kScale, kScale);
-        paintGainDisplay(p, QPointF(50, 40), GainDisplay{24, isSelected, true, Qt::white});
-    }
+    const QImage plain = renderReadout(GainDisplay{24, false, true, Qt::white});
+    const QImage selected = renderReadout(GainDisplay{24, true, true, Qt::white});
     const QPoint aboveTheGlass = (QPointF(50, 40 - 24 - 3) * kScale).toPoint();
     EXPECT_GT(qBlue(selected.pixel(aboveTheGlass)), qBlue(plain.pixel(aboveTheGlass)));
 
@@ -112,13 +107,7 @@ TEST(GainDisplay, TheDBLegendCastsTheHardShadowToo)
 {
     // On a light plate, as on the Melko: the readout centred at (50, 40), its frame 68 x 48.
     const QColor plate = QColor::fromRgbF(0.7f, 0.7f, 0.7f);
-    QImage image(QSize(100, 90) * int(kScale), QImage::Format_ARGB32_Premultiplied);
-    image.fill(plate);
-    QPainter p(&image);
-    p.setRenderHint(QPainter::Antialiasing);
-    p.scale(kScale, kScale);
-    paintGainDisplay(p, QPointF(50, 40), GainDisplay{24, false, true, QColor::fromRgbF(0.03f, 0.03f, 0.03f)});
-    p.end();
+    const QImage image = renderReadout(GainDisplay{24, false, true, QColor::fromRgbF(0.03f, 0.03f, 0.03f)}, plate);
 
     // The legend ends 3 right of and 11 below the frame's corner (84, 64); its shadow falls 3 left
     // and 3.3 down, below the legend and far below the glass's own shadow.
