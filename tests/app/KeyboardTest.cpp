@@ -149,8 +149,8 @@ TEST(Keyboard, ArrowsStepTheFocusedGainControlAndTheSelectionOtherwise)
 
     // A mouse press leaves the controls to the mouse: the arrows follow the selection again.
     rig.midi->clearSent();
-    rig.click(StageRig::at(rig.stage().orvanPanel()->columns()[1]->selectButton())); // clears channel 2
-    rig.click(StageRig::at(rig.stage().orvanPanel()->columns()[0]->selectButton()));
+    rig.click(at(rig.stage().orvanPanel()->columns()[1]->selectButton())); // clears channel 2
+    rig.click(at(rig.stage().orvanPanel()->columns()[0]->selectButton()));
     rig.press(Qt::Key_Up);
     EXPECT_EQ(rig.focusPath(), "");
     rig.tabTo("Orvan/Channel 1 pad"); // no gain control: the stage rule

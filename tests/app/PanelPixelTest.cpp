@@ -127,8 +127,8 @@ TEST(WindowPixels, ALitSelectButtonGlowsBlueOverItsBlackBezel)
     // The bezel's middle above the face, and the ring just inside the face's top edge.
     const GlossButtonItem* button = panel->columns()[0]->selectButton();
     const QRectF face = button->buttonFace();
-    const QPointF bezel = StageRig::at(button, QPointF(face.center().x(), face.top() - 1.25));
-    const QPointF ring = StageRig::at(button, QPointF(face.center().x(), face.top() + 0.8));
+    const QPointF bezel = at(button, QPointF(face.center().x(), face.top() - 1.25));
+    const QPointF ring = at(button, QPointF(face.center().x(), face.top() + 0.8));
     EXPECT_GT(qBlue(rig.windowPixel(lit, bezel)), qBlue(rig.windowPixel(unlit, bezel)) + 15)
         << "the glow lies on top of the black bezel";
     const QRgb ringColour = rig.windowPixel(lit, ring);
@@ -170,7 +170,7 @@ TEST(WindowPixels, ThePillsGlowFallsOffSmoothly)
     const DemoPillItem* pill = rig.shell->stage().demoPill();
     const double dpr = window.devicePixelRatio();
     // Straight up from the pill's top edge (its drop shadow falls the other way), pixel by pixel.
-    const QPointF top = StageRig::at(pill, QPointF(0, -DemoPillItem::kPillSize.height() / 2));
+    const QPointF top = at(pill, QPointF(0, -DemoPillItem::kPillSize.height() / 2));
     const QPointF start = rig.window().viewportTransform().map(top) * dpr;
     std::vector<int> green;
     for (int dy = 2; dy < int(30 * dpr); ++dy)
@@ -191,23 +191,23 @@ TEST(WindowPixels, APressedButtonsFaceLosesTwelveHundredthsOfEachChannel)
     const QPointF spot(face.center().x() + 0.35 * face.width(), face.center().y() - 0.12 * face.height());
     const QImage released = rig.windowImage();
 
-    rig.hover(StageRig::at(button));
-    rig.press(StageRig::at(button));
+    rig.hover(at(button));
+    rig.press(at(button));
     const QImage pressed = rig.windowImage();
-    rig.release(StageRig::at(button));
+    rig.release(at(button));
 
     // Pressed, the face shrinks to 95 % about its centre: the spot shows what lay 1/0.95 further out.
     const QPointF before = face.center() + (spot - face.center()) / 0.95;
-    const int was = grey(rig.windowPixel(released, StageRig::at(button, before)));
+    const int was = grey(rig.windowPixel(released, at(button, before)));
     ASSERT_GT(was, 50) << "a spot bright enough to show the change";
-    EXPECT_NEAR(grey(rig.windowPixel(pressed, StageRig::at(button, spot))), was - 31, 4);
+    EXPECT_NEAR(grey(rig.windowPixel(pressed, at(button, spot))), was - 31, 4);
 }
 
 TEST(WindowPixels, TheDunraJackLabelsStandCentredOnTheirPoint)
 {
     StageRig rig;
     const QImage window = rig.windowImage();
-    const QPointF plate = StageRig::at(rig.shell->stage().dunraPanel());
+    const QPointF plate = at(rig.shell->stage().dunraPanel());
     // The lettering is the only light ink between the jacks and the knob.
     double left = 1e9, right = -1e9;
     for (double y = 74 - 20; y <= 74 + 20; y += 0.5) {

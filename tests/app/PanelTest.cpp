@@ -20,11 +20,6 @@ using namespace orvan::test;
 
 namespace {
 
-QPointF at(const QGraphicsItem* item, QPointF local = {})
-{
-    return StageRig::at(item, local);
-}
-
 // Points just inside each corner of a readout's 68 x 48 frame, outside the glass drawn smaller in it.
 const QPointF kFrameCorners[] = {{-32.5, -22.5}, {32.5, -22.5}, {32.5, 22.5}, {-32.5, 22.5}};
 

@@ -79,7 +79,7 @@ TEST(Stage, ScrollGoesToTheControlUnderThePointerAndNowhereElse)
     SelectedChannel1 rig;
     rig.report("Orvan", 25, 12);
     rig.wheel(rig.knob(), 120); // the knob: the selection (channel 1)
-    rig.wheel(StageRig::at(rig.stage().orvanPanel()->columns()[1]->readout()), 120); // channel 2 only
+    rig.wheel(at(rig.stage().orvanPanel()->columns()[1]->readout()), 120); // channel 2 only
     rig.wheel(QPointF(800, 20), 120); // the drag strip holds no scroll control
     EXPECT_EQ(rig.sent("Orvan"), (Sent{{9, 13}, {25, 13}}));
 }
@@ -109,7 +109,7 @@ TEST(Stage, TheDemoPillTogglesEveryEngineAndHidesWhenAUnitIsPresent)
     DemoPillItem* pill = rig.stage().demoPill();
     ASSERT_TRUE(pill->isVisible());
     for (const bool on : {true, false, true}) {
-        rig.click(StageRig::at(pill));
+        rig.click(at(pill));
         for (RCUModel* model : {&rig.orvan(), &rig.dunra(), &rig.melko()})
             EXPECT_EQ(model->midi().isConnected(), on);
         EXPECT_EQ(pill->toolTip(), on ? "Leave demo mode" : "Try the app with sample settings. Nothing is sent to any unit.");
