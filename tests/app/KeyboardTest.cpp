@@ -6,43 +6,15 @@
 #include "panels/OrvanPanelItem.h"
 
 #include <QPushButton>
-#include <QTest>
 #include <QTimer>
 
 using namespace orvan;
 using namespace orvan::test;
 using namespace orvan::ControlChange;
 
-namespace {
-
-constexpr int kFocusStops = 24 + 68 + 12 + 1; // Dunra, Orvan, Melko, the demo pill
-
-/// A real key press and release, through the window system's path to the window.
-void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    QTest::keyClick(window.windowHandle(), key, modifiers);
-    QApplication::processEvents();
-}
-
-/// A rig with the accessibility tree, and Tab pressed until `path` has the focus (one round at most).
-struct KeyboardRig : StageRig {
-    explicit KeyboardRig(QStringList units = {}) : StageRig(std::move(units)) {}
-    QString focusPath() const { return tree.focusPath(); }
-    void tabTo(const QString& path)
-    {
-        for (int i = 0; i <= kFocusStops && focusPath() != path; ++i)
-            press(Qt::Key_Tab);
-        ASSERT_EQ(focusPath(), path);
-    }
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) { ::press(window(), key, modifiers); }
-    AccessTree tree{*this};
-};
-
-} // namespace
-
 TEST(Keyboard, TabVisitsEveryControlPanelByPanelInReadingOrderAndWraps)
 {
-    KeyboardRig rig;
+    AccessRig rig;
     EXPECT_EQ(rig.focusPath(), "");
     QStringList visited;
     for (int i = 0; i < kFocusStops; ++i) {
@@ -69,18 +41,18 @@ TEST(Keyboard, TabVisitsEveryControlPanelByPanelInReadingOrderAndWraps)
 
 TEST(Keyboard, TabSkipsTheDemoPillWhileAUnitIsAttached)
 {
-    KeyboardRig rig({"Dunra"});
+    AccessRig rig({"Dunra"});
     rig.press(Qt::Key_Tab, Qt::ShiftModifier);
     EXPECT_EQ(rig.focusPath(), "Melko/Gain knob");
 }
 
 TEST(Keyboard, TheFocusedControlWearsABlueRingUntilEscape)
 {
-    KeyboardRig rig;
+    AccessRig rig;
     const QImage before = rig.windowImage();
     rig.tabTo("Orvan/Select channel 4");
     const QImage after = rig.windowImage();
-    const QRect control = rig.tree.window->focusChild()->rect();
+    const QRect control = rig.root->focusChild()->rect();
     const QRect local(rig.window().mapFromGlobal(control.topLeft()), control.size());
     int blue = 0;
     for (int y = local.top() - 4; y <= local.bottom() + 4; ++y) {
@@ -97,7 +69,7 @@ TEST(Keyboard, TheFocusedControlWearsABlueRingUntilEscape)
 
 TEST(Keyboard, SpaceOnA48VLampAsksOnceAndSendsNothingUntilConfirmed)
 {
-    KeyboardRig rig({"Orvan"});
+    AccessRig rig({"Orvan"});
     rig.tabTo("Orvan/Channel 2 48V");
     rig.press(Qt::Key_Space);
     QMessageBox* dialog = rig.shell->orvanDialogs().phantomDialog();
@@ -121,7 +93,7 @@ TEST(Keyboard, SpaceOnA48VLampAsksOnceAndSendsNothingUntilConfirmed)
 
 TEST(Keyboard, SpaceAndReturnPressTheFocusedControlLikeAClick)
 {
-    KeyboardRig rig({"Orvan"});
+    AccessRig rig({"Orvan"});
     rig.tabTo("Orvan/Select channel 1");
     rig.press(Qt::Key_Space);
     EXPECT_EQ(rig.orvan().selected(), QList<int>{0});
@@ -137,7 +109,7 @@ TEST(Keyboard, SpaceAndReturnPressTheFocusedControlLikeAClick)
 
 TEST(Keyboard, ArrowsStepTheFocusedGainControlAndTheSelectionOtherwise)
 {
-    KeyboardRig rig({"Orvan"});
+    AccessRig rig({"Orvan"});
     rig.report("Orvan", controller(0, gainOffset), 10);
     rig.report("Orvan", controller(2, gainOffset), 10);
     rig.orvan().toggleSelect(1); // the stage rule alone would move channel 2
