@@ -3,7 +3,6 @@
 #include "ControlChange.h"
 
 #include <QAccessibleActionInterface>
-#include <set>
 
 using namespace orvan;
 using namespace orvan::test;
@@ -31,9 +30,15 @@ TEST(Accessibility, TheWindowShowsThePanelsAsGroupsInReadingOrderThenTheDemoPill
     EXPECT_EQ(names, (QStringList{"Dunra", "Orvan", "Melko", "Demo mode"}));
     EXPECT_EQ(rig.group("Orvan")->text(QAccessible::Description), "Orvan found");
     EXPECT_EQ(rig.group("Dunra")->text(QAccessible::Description), "Dunra not found");
-    EXPECT_EQ(rig.group("Orvan")->childCount(), 70);
-    EXPECT_EQ(rig.group("Dunra")->childCount(), 25);
-    EXPECT_EQ(rig.group("Melko")->childCount(), 13);
+    // Each control knows its place, as a screen reader walking back up the tree asks. (That every
+    // focusable control has a name of its own and acts is what the keyboard test and the screen
+    // reader walk count.)
+    for (const auto& [name, count] : {std::pair{"Orvan", 70}, {"Dunra", 25}, {"Melko", 13}}) {
+        QAccessibleInterface* group = rig.group(name);
+        EXPECT_EQ(group->childCount(), count);
+        for (int i = 0; i < group->childCount(); ++i)
+            EXPECT_TRUE(group->child(i)->parent() == group && group->indexOfChild(group->child(i)) == i) << name << " " << i;
+    }
 }
 
 TEST(Accessibility, EveryControlIsFoundByNameWithItsRoleAndTooltip)
@@ -75,22 +80,6 @@ TEST(Accessibility, EveryControlIsFoundByNameWithItsRoleAndTooltip)
     }
 }
 
-TEST(Accessibility, EveryPanelNamesEachControlOnceAndLetsEveryFocusableOneAct)
-{
-    AccessRig rig;
-    for (const char* name : {"Orvan", "Dunra", "Melko"}) {
-        QAccessibleInterface* group = rig.group(name);
-        std::set<QString> seen;
-        for (int i = 0; i < group->childCount(); ++i) {
-            QAccessibleInterface* control = group->child(i);
-            const QString controlName = control->text(QAccessible::Name);
-            EXPECT_TRUE(!controlName.isEmpty() && seen.insert(controlName).second) << name << " " << i;
-            EXPECT_TRUE(control->parent() == group && group->indexOfChild(control) == i) << controlName.toStdString();
-            EXPECT_TRUE(!control->state().focusable || control->actionInterface()) << controlName.toStdString();
-        }
-    }
-}
-
 TEST(Accessibility, ValuesAndStatesFollowWhatTheUnitReportsAndTheSelection)
 {
     AccessRig rig({"Orvan"});
@@ -121,7 +110,7 @@ TEST(Accessibility, ValuesAndStatesFollowWhatTheUnitReportsAndTheSelection)
     EXPECT_EQ(status->text(QAccessible::Description), "Orvan status display");
 }
 
-TEST(Accessibility, ActionsSendWhatAClickSendsAndPhantomPowerAsksFirst)
+TEST(Accessibility, ActionsSendWhatAClickSendsAndPhantomPowerAndResetAskFirst)
 {
     AccessRig rig({"Orvan"});
     rig.report("Orvan", controller(0, gainOffset), 8);
@@ -132,11 +121,9 @@ TEST(Accessibility, ActionsSendWhatAClickSendsAndPhantomPowerAsksFirst)
                                        {controller(0, gainOffset), 9},
                                        {controller(0, gainOffset), 11}}));
 
-    rig.midi->clearSent();
     act(rig.control("Orvan", "Channel 4 48V"), QAccessibleActionInterface::toggleAction());
-    EXPECT_EQ(rig.orvan().pendingPhantom(), QList<int>{3});
-    EXPECT_TRUE(rig.shell->orvanDialogs().phantomDialog()->isVisible());
+    EXPECT_EQ(rig.orvan().pendingPhantom(), QList<int>{3}) << "+48V asks first";
     act(rig.control("Orvan", "Power"), QAccessibleActionInterface::pressAction());
     EXPECT_TRUE(rig.orvan().pendingReset()) << "POWER asks before resetting";
-    EXPECT_TRUE(rig.sent("Orvan").empty());
+    EXPECT_EQ(rig.sent("Orvan").size(), 3u);
 }
