@@ -5,7 +5,6 @@
 #include "panels/ChannelColumn.h"
 #include "panels/OrvanPanelItem.h"
 
-#include <QPushButton>
 #include <QTimer>
 
 using namespace orvan;
@@ -67,31 +66,7 @@ TEST(Keyboard, TheFocusedControlWearsABlueRingUntilEscape)
     EXPECT_EQ(rig.windowImage(), before) << "Escape leaves the controls and the ring goes";
 }
 
-TEST(Keyboard, SpaceOnA48VLampAsksOnceAndSendsNothingUntilConfirmed)
-{
-    AccessRig rig({"Orvan"});
-    rig.tabTo("Orvan/Channel 2 48V");
-    rig.press(Qt::Key_Space);
-    QMessageBox* dialog = rig.shell->orvanDialogs().phantomDialog();
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_TRUE(dialog->isVisible());
-    press(*dialog, Qt::Key_Return);
-    EXPECT_FALSE(rig.orvan().pendingPhantom().has_value()) << "Return takes the default: Cancel";
-    rig.press(Qt::Key_Space);
-    press(*rig.shell->orvanDialogs().phantomDialog(), Qt::Key_Escape);
-    EXPECT_FALSE(rig.orvan().pendingPhantom().has_value()) << "Escape cancels";
-    EXPECT_TRUE(rig.sent("Orvan").empty());
-
-    // A held key presses once: the same lamp must not flicker on and off.
-    rig.tabTo("Orvan/Channel 2 pad");
-    for (bool repeat : {false, true, true}) {
-        QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QString(), repeat);
-        QApplication::sendEvent(&rig.window(), &space);
-    }
-    EXPECT_EQ(rig.sent("Orvan"), (Sent{{controller(1, padOffset), kSwitchOnValue}}));
-}
-
-TEST(Keyboard, SpaceAndReturnPressTheFocusedControlLikeAClick)
+TEST(Keyboard, SpaceReturnAndEnterPressTheFocusedControlOnceLikeAClick)
 {
     AccessRig rig({"Orvan"});
     rig.tabTo("Orvan/Select channel 1");
@@ -99,12 +74,32 @@ TEST(Keyboard, SpaceAndReturnPressTheFocusedControlLikeAClick)
     EXPECT_EQ(rig.orvan().selected(), QList<int>{0});
     rig.tabTo("Orvan/Mute on selected channels");
     rig.press(Qt::Key_Return);
-    EXPECT_EQ(rig.sent("Orvan"), (Sent{{controller(0, muteOffset), kSwitchOnValue}}));
-    rig.tabTo("Dunra/Power");
+    // A held key presses once: the same lamp must not flicker on and off.
+    rig.tabTo("Orvan/Channel 2 pad");
+    for (bool repeat : {false, true, true}) {
+        QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QString(), repeat);
+        QApplication::sendEvent(&rig.window(), &space);
+    }
+    EXPECT_EQ(rig.sent("Orvan"), (Sent{{controller(0, muteOffset), kSwitchOnValue}, {controller(1, padOffset), kSwitchOnValue}}));
+}
+
+TEST(Keyboard, PowerAndA48VLampAskFirstAndTheQuestionsKeysCancel)
+{
+    AccessRig rig({"Orvan"});
     rig.tabTo("Orvan/Power");
     rig.press(Qt::Key_Enter);
-    EXPECT_TRUE(rig.orvan().pendingReset()) << "POWER asks";
-    EXPECT_EQ(rig.sent("Orvan").size(), 1u);
+    ASSERT_TRUE(rig.orvan().pendingReset()) << "POWER asks";
+    press(*rig.shell->orvanDialogs().resetDialog(), Qt::Key_Escape);
+    EXPECT_FALSE(rig.orvan().pendingReset()) << "Escape cancels";
+
+    rig.tabTo("Orvan/Channel 2 48V");
+    rig.press(Qt::Key_Space);
+    QMessageBox* dialog = rig.shell->orvanDialogs().phantomDialog();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_TRUE(dialog->isVisible());
+    press(*dialog, Qt::Key_Return);
+    EXPECT_FALSE(rig.orvan().pendingPhantom().has_value()) << "Return takes the default: Cancel";
+    EXPECT_TRUE(rig.sent("Orvan").empty());
 }
 
 TEST(Keyboard, ArrowsStepTheFocusedGainControlAndTheSelectionOtherwise)
