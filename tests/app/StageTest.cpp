@@ -1,15 +1,14 @@
 #include "StageRig.h"
 
-#include "ControlChange.h"
 #include "items/KnobItem.h"
 #include "items/ReadoutItem.h"
 #include "panels/ChannelColumn.h"
-#include "panels/DunraPanelItem.h"
 #include "panels/OrvanPanelItem.h"
 #include "stage/DemoPillItem.h"
 #include "stage/DragStripItem.h"
 #include "stage/FooterItem.h"
 
+#include <QIcon>
 #include <QLabel>
 
 using namespace orvan;
@@ -45,6 +44,23 @@ TEST(Stage, TheWindowIsTheFixedSizeUndecoratedStageTitledOrvanRCU)
     for (QGraphicsItem* item : rig.stage().items(QPointF(40, 570)))
         footers << (dynamic_cast<FooterItem*>(item) ? static_cast<FooterItem*>(item)->text() : QString());
     EXPECT_TRUE(footers.contains("Orvan RCU " ORVAN_PROJECT_VERSION)) << footers.join('|').toStdString();
+}
+
+// The window carries the application icon for task switchers and title bars: the same pictures
+// as the icon theme's, at every size a window manager asks for. (What the picture shows is the
+// icon renderer's test.)
+TEST(Stage, TheWindowCarriesTheIconThemesPictureAtEverySize)
+{
+    StageRig rig;
+    const QIcon icon = rig.window().windowIcon();
+    for (int size : {16, 24, 32, 48, 64, 128}) {
+        SCOPED_TRACE(std::to_string(size) + " px");
+        ASSERT_TRUE(icon.availableSizes().contains(QSize(size, size)));
+        const QImage shown = icon.pixmap(QSize(size, size), 1.0).toImage().convertToFormat(QImage::Format_ARGB32);
+        const QImage theme = QImage(QStringLiteral(ORVAN_ICON_DIR "/%1x%1.png").arg(size)).convertToFormat(QImage::Format_ARGB32);
+        ASSERT_FALSE(theme.isNull());
+        EXPECT_EQ(shown, theme);
+    }
 }
 
 TEST(Stage, AWheelNotchIsOneStepHoweverFinelyTheWheelSplitsItAndATrackpadNinePoints)
