@@ -113,7 +113,9 @@ TEST(WindowPixels, ALitSelectButtonGlowsBlueOverItsBlackBezel)
 }
 
 // A missing unit's plate lies at half opacity over the backdrop; the Melko's is first lowered by
-// 0.35 in every channel. Probed on bare metal and on the backdrop just beside the plate.
+// 0.35 in every channel. Probed on bare metal and on the backdrop just beside the plate. The
+// Orvan's metal there is dark (about 30): only a tolerance of the two halves' rounding tells half
+// opacity from 0.6.
 TEST(WindowPixels, AMissingUnitsPanelIsDimmedAndTheMelkosDarkenedFirst)
 {
     const struct {
@@ -132,7 +134,7 @@ TEST(WindowPixels, AMissingUnitsPanelIsDimmedAndTheMelkosDarkenedFirst)
         SCOPED_TRACE(c.unit);
         const int plate = grey(rig.windowPixel(present, c.bare));
         const int expected = std::max(0, plate - c.lowering) / 2 + grey(rig.windowPixel(absent, c.beside)) / 2;
-        EXPECT_NEAR(grey(rig.windowPixel(absent, c.bare)), expected, 6) << "present " << plate;
+        EXPECT_NEAR(grey(rig.windowPixel(absent, c.bare)), expected, 2) << "present " << plate;
     }
 }
 
