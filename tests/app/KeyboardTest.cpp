@@ -5,44 +5,15 @@
 #include "panels/ChannelColumn.h"
 #include "panels/OrvanPanelItem.h"
 
-#include <QPushButton>
-#include <QTest>
 #include <QTimer>
 
 using namespace orvan;
 using namespace orvan::test;
 using namespace orvan::ControlChange;
 
-namespace {
-
-constexpr int kFocusStops = 24 + 68 + 12 + 1; // Dunra, Orvan, Melko, the demo pill
-
-/// A real key press and release, through the window system's path to the window.
-void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    QTest::keyClick(window.windowHandle(), key, modifiers);
-    QApplication::processEvents();
-}
-
-/// A rig with the accessibility tree, and Tab pressed until `path` has the focus (one round at most).
-struct KeyboardRig : StageRig {
-    explicit KeyboardRig(QStringList units = {}) : StageRig(std::move(units)) {}
-    QString focusPath() const { return tree.focusPath(); }
-    void tabTo(const QString& path)
-    {
-        for (int i = 0; i <= kFocusStops && focusPath() != path; ++i)
-            press(Qt::Key_Tab);
-        ASSERT_EQ(focusPath(), path);
-    }
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) { ::press(window(), key, modifiers); }
-    AccessTree tree{*this};
-};
-
-} // namespace
-
 TEST(Keyboard, TabVisitsEveryControlPanelByPanelInReadingOrderAndWraps)
 {
-    KeyboardRig rig;
+    AccessRig rig;
     EXPECT_EQ(rig.focusPath(), "");
     QStringList visited;
     for (int i = 0; i < kFocusStops; ++i) {
@@ -69,18 +40,18 @@ TEST(Keyboard, TabVisitsEveryControlPanelByPanelInReadingOrderAndWraps)
 
 TEST(Keyboard, TabSkipsTheDemoPillWhileAUnitIsAttached)
 {
-    KeyboardRig rig({"Dunra"});
+    AccessRig rig({"Dunra"});
     rig.press(Qt::Key_Tab, Qt::ShiftModifier);
     EXPECT_EQ(rig.focusPath(), "Melko/Gain knob");
 }
 
 TEST(Keyboard, TheFocusedControlWearsABlueRingUntilEscape)
 {
-    KeyboardRig rig;
+    AccessRig rig;
     const QImage before = rig.windowImage();
     rig.tabTo("Orvan/Select channel 4");
     const QImage after = rig.windowImage();
-    const QRect control = rig.tree.window->focusChild()->rect();
+    const QRect control = rig.root->focusChild()->rect();
     const QRect local(rig.window().mapFromGlobal(control.topLeft()), control.size());
     int blue = 0;
     for (int y = local.top() - 4; y <= local.bottom() + 4; ++y) {
@@ -95,9 +66,32 @@ TEST(Keyboard, TheFocusedControlWearsABlueRingUntilEscape)
     EXPECT_EQ(rig.windowImage(), before) << "Escape leaves the controls and the ring goes";
 }
 
-TEST(Keyboard, SpaceOnA48VLampAsksOnceAndSendsNothingUntilConfirmed)
+TEST(Keyboard, SpaceReturnAndEnterPressTheFocusedControlOnceLikeAClick)
 {
-    KeyboardRig rig({"Orvan"});
+    AccessRig rig({"Orvan"});
+    rig.tabTo("Orvan/Select channel 1");
+    rig.press(Qt::Key_Space);
+    EXPECT_EQ(rig.orvan().selected(), QList<int>{0});
+    rig.tabTo("Orvan/Mute on selected channels");
+    rig.press(Qt::Key_Return);
+    // A held key presses once: the same lamp must not flicker on and off.
+    rig.tabTo("Orvan/Channel 2 pad");
+    for (bool repeat : {false, true, true}) {
+        QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QString(), repeat);
+        QApplication::sendEvent(&rig.window(), &space);
+    }
+    EXPECT_EQ(rig.sent("Orvan"), (Sent{{controller(0, muteOffset), kSwitchOnValue}, {controller(1, padOffset), kSwitchOnValue}}));
+}
+
+TEST(Keyboard, PowerAndA48VLampAskFirstAndTheQuestionsKeysCancel)
+{
+    AccessRig rig({"Orvan"});
+    rig.tabTo("Orvan/Power");
+    rig.press(Qt::Key_Enter);
+    ASSERT_TRUE(rig.orvan().pendingReset()) << "POWER asks";
+    press(*rig.shell->orvanDialogs().resetDialog(), Qt::Key_Escape);
+    EXPECT_FALSE(rig.orvan().pendingReset()) << "Escape cancels";
+
     rig.tabTo("Orvan/Channel 2 48V");
     rig.press(Qt::Key_Space);
     QMessageBox* dialog = rig.shell->orvanDialogs().phantomDialog();
@@ -105,39 +99,12 @@ TEST(Keyboard, SpaceOnA48VLampAsksOnceAndSendsNothingUntilConfirmed)
     EXPECT_TRUE(dialog->isVisible());
     press(*dialog, Qt::Key_Return);
     EXPECT_FALSE(rig.orvan().pendingPhantom().has_value()) << "Return takes the default: Cancel";
-    rig.press(Qt::Key_Space);
-    press(*rig.shell->orvanDialogs().phantomDialog(), Qt::Key_Escape);
-    EXPECT_FALSE(rig.orvan().pendingPhantom().has_value()) << "Escape cancels";
     EXPECT_TRUE(rig.sent("Orvan").empty());
-
-    // A held key presses once: the same lamp must not flicker on and off.
-    rig.tabTo("Orvan/Channel 2 pad");
-    for (bool repeat : {false, true, true}) {
-        QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QString(), repeat);
-        QApplication::sendEvent(&rig.window(), &space);
-    }
-    EXPECT_EQ(rig.sent("Orvan"), (Sent{{controller(1, padOffset), kSwitchOnValue}}));
-}
-
-TEST(Keyboard, SpaceAndReturnPressTheFocusedControlLikeAClick)
-{
-    KeyboardRig rig({"Orvan"});
-    rig.tabTo("Orvan/Select channel 1");
-    rig.press(Qt::Key_Space);
-    EXPECT_EQ(rig.orvan().selected(), QList<int>{0});
-    rig.tabTo("Orvan/Mute on selected channels");
-    rig.press(Qt::Key_Return);
-    EXPECT_EQ(rig.sent("Orvan"), (Sent{{controller(0, muteOffset), kSwitchOnValue}}));
-    rig.tabTo("Dunra/Power");
-    rig.tabTo("Orvan/Power");
-    rig.press(Qt::Key_Enter);
-    EXPECT_TRUE(rig.orvan().pendingReset()) << "POWER asks";
-    EXPECT_EQ(rig.sent("Orvan").size(), 1u);
 }
 
 TEST(Keyboard, ArrowsStepTheFocusedGainControlAndTheSelectionOtherwise)
 {
-    KeyboardRig rig({"Orvan"});
+    AccessRig rig({"Orvan"});
     rig.report("Orvan", controller(0, gainOffset), 10);
     rig.report("Orvan", controller(2, gainOffset), 10);
     rig.orvan().toggleSelect(1); // the stage rule alone would move channel 2
@@ -149,8 +116,8 @@ TEST(Keyboard, ArrowsStepTheFocusedGainControlAndTheSelectionOtherwise)
 
     // A mouse press leaves the controls to the mouse: the arrows follow the selection again.
     rig.midi->clearSent();
-    rig.click(StageRig::at(rig.stage().orvanPanel()->columns()[1]->selectButton())); // clears channel 2
-    rig.click(StageRig::at(rig.stage().orvanPanel()->columns()[0]->selectButton()));
+    rig.click(at(rig.stage().orvanPanel()->columns()[1]->selectButton())); // clears channel 2
+    rig.click(at(rig.stage().orvanPanel()->columns()[0]->selectButton()));
     rig.press(Qt::Key_Up);
     EXPECT_EQ(rig.focusPath(), "");
     rig.tabTo("Orvan/Channel 1 pad"); // no gain control: the stage rule

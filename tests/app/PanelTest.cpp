@@ -1,6 +1,5 @@
 #include "StageRig.h"
 
-#include "ControlChange.h"
 #include "items/BlueDisplayItem.h"
 #include "items/GlossButtonItem.h"
 #include "items/KnobItem.h"
@@ -20,11 +19,6 @@ using namespace orvan::test;
 
 namespace {
 
-QPointF at(const QGraphicsItem* item, QPointF local = {})
-{
-    return StageRig::at(item, local);
-}
-
 // Points just inside each corner of a readout's 68 x 48 frame, outside the glass drawn smaller in it.
 const QPointF kFrameCorners[] = {{-32.5, -22.5}, {32.5, -22.5}, {32.5, 22.5}, {-32.5, 22.5}};
 
@@ -40,7 +34,6 @@ TEST(OrvanPanel, EverySwitchRowOfEveryChannelSendsItsControllerWithoutAskingExce
     for (int ch = 0; ch < 8; ++ch) {
         SCOPED_TRACE("channel " + std::to_string(ch + 1));
         ChannelColumn* column = panel->columns()[ch];
-        EXPECT_DOUBLE_EQ(column->pos().x(), 387 + 75.2 * ch);
         rig.report("Orvan", 16 * ch + 7, 127); // the unit's own MUTE lights the lamp
         rig.report("Orvan", 16 * ch + 9, 8);
         EXPECT_TRUE(column->rows()[4]->isOn());
@@ -92,31 +85,24 @@ TEST(OrvanPanel, ADragStepsItsControlSixPointsAStepOnAReadoutAndEightOnTheKnob)
     EXPECT_EQ(rig.sent("Orvan"), (Sent{{41, 13}, {9, 12}}));
 }
 
-TEST(OrvanPanel, PowerLooksAgainWhileTheUnitIsMissingAndAsksBeforeAResetOnceFound)
+TEST(OrvanPanel, WhileTheUnitIsMissingThePanelIsDimmedAndPowerLooksAgainOnceFoundItAsksBeforeAReset)
 {
     StageRig rig;
     auto* panel = rig.stage().orvanPanel();
-    EXPECT_EQ(panel->powerButton()->toolTip(), "Orvan not found. Click to look again.");
     EXPECT_DOUBLE_EQ(panel->opacity(), 0.5);
+    EXPECT_EQ(panel->powerButton()->toolTip(), "Orvan not found. Click to look again.");
 
-    rig.midi->addDevice("Orvan"); // its notification has not been handled yet: POWER finds it
+    rig.devices["Orvan"] = rig.midi->addDevice("Orvan"); // its notification has not been handled yet: POWER finds it
     rig.click(at(panel->powerButton()));
     EXPECT_TRUE(rig.orvan().midi().isConnected());
     EXPECT_FALSE(rig.orvan().pendingReset()) << "looking again asks nothing";
-    EXPECT_EQ(panel->powerButton()->toolTip(), "Reset all channels: 18 dB, +48V, pad, polarity and mute off");
     EXPECT_DOUBLE_EQ(panel->opacity(), 1.0);
-    rig.click(at(panel->powerButton()));
-    EXPECT_TRUE(rig.orvan().pendingReset());
-}
-
-TEST(OrvanPanel, TheStatusDisplayShowsLinkedOnlyWhileTheUnitIsThere)
-{
-    StageRig rig({"Orvan"});
-    auto* panel = rig.stage().orvanPanel();
     rig.report("Orvan", 9, 9);
     rig.orvan().toggleSelect(0);
     rig.orvan().toggleSelect(3);
     EXPECT_EQ(panel->statusDisplay()->shownLines(), (QStringList{"Orvan USB: Linked", "Ch 14 27dB"}));
+    rig.click(at(panel->powerButton()));
+    EXPECT_TRUE(rig.orvan().pendingReset());
 
     rig.midi->removeDevice(rig.devices.at("Orvan"));
     rig.midi->notifySetupChanged();
@@ -141,14 +127,11 @@ TEST(OrvanPanel, PresetButtonsCallTheirOperationsAndTheNameDisplayFollows)
         QApplication::processEvents();
     }
     EXPECT_EQ(shown(), "3 Keys");
-    rig.click(at(panel->presetButtons()[1])); // next wraps to the first
-    EXPECT_EQ(shown(), "1 Vocals");
-    rig.click(at(panel->presetButtons()[1]));
-    EXPECT_EQ(shown(), "2 Drums");
-    rig.click(at(panel->presetButtons()[0]));
-    rig.click(at(panel->presetButtons()[0])); // previous wraps to the last
-    EXPECT_EQ(shown(), "3 Keys");
-
+    // NEXT wraps to the first, PREVIOUS to the last.
+    for (const auto& [button, name] : {std::pair{1, "1 Vocals"}, {1, "2 Drums"}, {0, "1 Vocals"}, {0, "3 Keys"}}) {
+        rig.click(at(panel->presetButtons()[button]));
+        EXPECT_EQ(shown(), name);
+    }
 
     // RECALL "3 Keys", saved with channel 2's +48V on: the change waits for the confirmation.
     const qint64 gain = rig.orvan().midi().channels()[0].gainValue.value_or(0);
@@ -169,7 +152,7 @@ TEST(OrvanPanel, PresetButtonsCallTheirOperationsAndTheNameDisplayFollows)
 
 // --- The two-channel panel -------------------------------------------------------------------
 
-TEST(DunraPanel, AKnobClickCyclesOneTwoBothOneAndAReadoutWobbleUnderThreePointsStaysAClick)
+TEST(DunraPanel, AKnobClickCyclesOneTwoBothOne)
 {
     StageRig rig({"Dunra"});
     const QPointF knob = at(rig.stage().dunraPanel()->knob());
@@ -177,16 +160,9 @@ TEST(DunraPanel, AKnobClickCyclesOneTwoBothOneAndAReadoutWobbleUnderThreePointsS
         rig.click(knob);
         EXPECT_EQ(rig.dunra().selected(), selection);
     }
-    const QPointF readout = at(rig.stage().dunraPanel()->readout(1));
-    rig.hover(readout);
-    rig.press(readout);
-    rig.moveHeld(readout + QPointF(1.25, 1.25)); // one pixel each way in the window
-    rig.release(readout + QPointF(1.25, 1.25));
-    EXPECT_EQ(rig.dunra().selected(), (QList<int>{0, 1}));
-    EXPECT_TRUE(rig.sent("Dunra").empty());
 }
 
-TEST(DunraPanel, AReadoutTakesClicksOnItsWholeFrameOnlyWhileConnected)
+TEST(DunraPanel, AReadoutTakesClicksOnItsWholeFrameOnlyWhileConnectedAndAWobbleUnderThreePointsStaysAClick)
 {
     StageRig rig;
     auto* panel = rig.stage().dunraPanel();
@@ -202,6 +178,13 @@ TEST(DunraPanel, AReadoutTakesClicksOnItsWholeFrameOnlyWhileConnected)
             rig.click(at(panel->readout(channel), corner)); // and back
         }
     }
+    const QPointF readout = at(panel->readout(1));
+    rig.hover(readout);
+    rig.press(readout);
+    rig.moveHeld(readout + QPointF(1.25, 1.25)); // one pixel each way in the window
+    rig.release(readout + QPointF(1.25, 1.25));
+    EXPECT_EQ(rig.dunra().selected(), QList<int>{1});
+    EXPECT_TRUE(rig.sent("Dunra").empty()) << "and no gain step";
 }
 
 TEST(DunraPanel, EveryLampCellSendsItsControllerAndValue)
@@ -241,13 +224,19 @@ TEST(DunraPanel, ItsPhantomDialogUsesTheDunrasWordingAndCancellingTheSavePromptK
 
 // --- The listen-only panel -------------------------------------------------------------------
 
-class MelkoPanel : public ::testing::TestWithParam<bool> {};
-
-TEST_P(MelkoPanel, NothingIsEverSentToTheMelkoFromItsPanel)
+// (In demo mode there is no Melko to send to: only the unit present shows that nothing is sent.)
+TEST(MelkoPanel, ItShowsWhatTheUnitReportsAndSendsItNothingWhateverIsDoneToThePanel)
 {
-    const bool demo = GetParam();
-    StageRig rig(demo ? QStringList{} : QStringList{"Melko"}, demo);
+    StageRig rig({"Melko"});
     auto* panel = rig.stage().melkoPanel();
+    EXPECT_EQ(panel->display()->shownDecibels(), std::nullopt);
+    rig.report("Melko", 9, 23);
+    rig.report("Melko", 1, 127); // HPF
+    rig.report("Melko", 4, 127); // +48V
+    EXPECT_EQ(panel->display()->shownDecibels(), 69);
+    EXPECT_TRUE(panel->lamp(0)->isOn() && panel->lamp(1)->isOn());
+    EXPECT_FALSE(panel->lamp(4)->isOn());
+
     for (int row = 0; row < 5; ++row) {
         rig.click(at(panel->lamp(row)));
         rig.click(at(panel->button(row)));
@@ -262,26 +251,13 @@ TEST_P(MelkoPanel, NothingIsEverSentToTheMelkoFromItsPanel)
     EXPECT_TRUE(rig.sent("Melko").empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(InDemoAndWithTheUnitPresent, MelkoPanel, ::testing::Bool());
-
-TEST(MelkoPanelLook, TheDisplayAndLampsFollowTheUnitAndTheDisplayTakesTheWheelOnItsWholeFrame)
+TEST(MelkoPanel, TheDisplayTakesTheWheelOnItsWholeFrame)
 {
-    {
-        StageRig rig({}, /*demo*/ true); // demo gain moves locally, so each step shows
-        auto* display = rig.stage().melkoPanel()->display();
-        qint64 shown = display->shownDecibels().value_or(0);
-        for (QPointF corner : kFrameCorners) {
-            rig.wheel(at(display, corner), -120);
-            EXPECT_EQ(display->shownDecibels(), shown -= 3) << "at " << corner.x() << ", " << corner.y();
-        }
+    StageRig rig({}, /*demo*/ true); // demo gain moves locally, so each step shows
+    auto* display = rig.stage().melkoPanel()->display();
+    qint64 shown = display->shownDecibels().value_or(0);
+    for (QPointF corner : kFrameCorners) {
+        rig.wheel(at(display, corner), -120);
+        EXPECT_EQ(display->shownDecibels(), shown -= 3) << "at " << corner.x() << ", " << corner.y();
     }
-    StageRig rig({"Melko"});
-    auto* panel = rig.stage().melkoPanel();
-    EXPECT_EQ(panel->display()->shownDecibels(), std::nullopt);
-    rig.report("Melko", 9, 23);
-    rig.report("Melko", 1, 127); // HPF
-    rig.report("Melko", 4, 127); // +48V
-    EXPECT_EQ(panel->display()->shownDecibels(), 69);
-    EXPECT_TRUE(panel->lamp(0)->isOn() && panel->lamp(1)->isOn());
-    EXPECT_FALSE(panel->lamp(4)->isOn());
 }

@@ -23,6 +23,12 @@ namespace orvan::test {
 
 using Sent = std::vector<std::pair<int, int>>;
 
+/// Where an item's local point lies on the stage.
+inline QPointF at(const QGraphicsItem* item, QPointF local = {})
+{
+    return item->mapToScene(local);
+}
+
 /// The whole application on the offscreen platform over a virtual MIDI world, driven with real Qt
 /// mouse, wheel and key events sent to the window. Positions are given in stage design points.
 class StageRig {
@@ -54,9 +60,6 @@ public:
     RCUModel& orvan() const { return app->orvanModel(); }
     RCUModel& dunra() const { return app->dunraModel(); }
     RCUModel& melko() const { return app->melkoModel(); }
-
-    /// Where an item's local point lies on the stage.
-    static QPointF at(const QGraphicsItem* item, QPointF local = {}) { return item->mapToScene(local); }
 
     // Mouse and wheel events at stage points; the pointer moves there first, without buttons.
     void press(QPointF p) { mouse(QEvent::MouseButtonPress, p, Qt::LeftButton, Qt::LeftButton); }
