@@ -69,11 +69,11 @@ void StartupFrame::settle(quint64 keyAtFirstFrame)
     // A shown frame that the look has since moved away from is repainted too: it can no longer be
     // checked, and a full repaint now costs only copies of the items' fresh caches.
     if (m_wasShown && (!sameLook || fresh != m_shown)) {
-        m_wasShown = false;
+        m_wasRepainted = true;
         m_viewport.repaint(); // at once: never leave a frame on screen that a fresh render would not show
     }
     // Kept only when it shows the look the key names: the look may have moved on since.
-    if (sameLook && !m_wasShown)
+    if (sameLook && (!m_wasShown || m_wasRepainted))
         StaticLayerCache::store(entryName(), keyAtFirstFrame, fresh);
     m_shown = QImage();
 }

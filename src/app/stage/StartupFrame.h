@@ -29,8 +29,11 @@ public:
     /// Either way the check and the storing follow once the frame is on screen.
     bool paintFirstFrame();
 
-    /// True when the first frame came from the cache (and matched a fresh render, once checked).
+    /// True when the first frame came from the cache folder.
     bool wasShown() const { return m_wasShown; }
+    /// True when that frame then differed from a fresh render (or the look had moved on before
+    /// it could be checked) and was painted over.
+    bool wasRepainted() const { return m_wasRepainted; }
 
     /// The cache entry's name and key for a look at the viewport's current geometry.
     static QString entryName();
@@ -45,6 +48,7 @@ private:
     Describe m_describe;
     QImage m_shown;
     bool m_wasShown = false;
+    bool m_wasRepainted = false;
 };
 
 } // namespace orvan
