@@ -11,9 +11,12 @@
 #include "panels/PlatePainting.h"
 #include "stage/DemoPillItem.h"
 #include "StaticLayerCache.h"
+#include "stage/StageLook.h"
+#include "stage/StartupFrame.h"
 
 #include <QDir>
 #include <QPainter>
+#include <QScreen>
 #include <functional>
 #include <map>
 #include <sys/stat.h>
@@ -267,7 +270,7 @@ TEST(WindowPixels, PlatesInTheBackgroundLookExactlyLikePlatesAsLayers)
     }
 }
 
-// --- The plate layers kept on disk between starts ----------------------------------------------
+// --- The plate layers and the first frame, kept on disk between starts --------------------------
 
 namespace {
 
@@ -307,22 +310,78 @@ QImage startAndPaint()
     return image;
 }
 
+/// What the window system shows of the window now, not a fresh render of it.
+QImage onScreen(const StageRig& rig)
+{
+    QApplication::processEvents();
+    const QWidget& window = rig.window();
+    return window.screen()->grabWindow(window.winId()).toImage().convertToFormat(QImage::Format_RGB32);
+}
+
 } // namespace
 
-// A second start shows the layers of the first exactly, and only loads them: no file is painted
-// and written again.
-TEST(LayerCache, AStartFromTheCacheShowsTheFreshRenderPixelForPixel)
+// One cache folder, each look started twice in a row. The first start of a look finds the last
+// look's frame and must not show it. The second shows the first's frame, which a fresh render of
+// the window then confirms pixel for pixel, and only loads what the first kept: no plate and no
+// frame is painted and written again.
+TEST(StartupFrame, ASecondStartWithTheSameLookShowsTheFirstStartsFrameAndNoOtherLookDoes)
+{
+    const struct {
+        const char* look;
+        QStringList units;
+        bool demo;
+    } starts[] = {
+        {"demo", {}, true},
+        {"no unit", {}, false},
+        {"the Orvan present", {"Orvan"}, false},
+        {"the Dunra present, demo", {"Dunra"}, true},
+    };
+    CacheFolder cache;
+    for (const auto& start : starts) {
+        SCOPED_TRACE(start.look);
+        QImage painted;
+        {
+            StageRig first(start.units, start.demo);
+            painted = onScreen(first);
+            EXPECT_FALSE(first.shell->startupFrame().wasShown());
+            QApplication::processEvents(); // the task that writes what the check stored
+        }
+        std::map<QString, ino_t> written;
+        for (const auto& [path, bytes] : cache.layers())
+            written[path] = inode(path);
+        ASSERT_GE(written.size(), 4u) << "the plates and the frame were kept";
+
+        StageRig second(start.units, start.demo);
+        EXPECT_EQ(onScreen(second), painted);
+        EXPECT_TRUE(second.shell->startupFrame().wasShown());
+        EXPECT_FALSE(second.shell->startupFrame().wasRepainted());
+        QApplication::processEvents(); // where anything painted afresh would be written
+        for (const auto& [path, node] : written)
+            EXPECT_EQ(inode(path), node) << qPrintable(path) << " was written again";
+    }
+}
+
+// Should a stored frame ever differ from what its look paints (a look the description misses),
+// the check after the first frame repaints the window and replaces the stored frame.
+TEST(StartupFrame, AFrameThatDiffersFromAFreshRenderIsRepaintedAndReplaced)
 {
     CacheFolder cache;
-    const QImage fresh = startAndPaint();
-    std::map<QString, ino_t> written;
-    for (const auto& [path, bytes] : cache.layers())
-        written[path] = inode(path);
-    ASSERT_GE(written.size(), 3u) << "the plates were kept";
-
-    EXPECT_EQ(startAndPaint(), fresh);
-    for (const auto& [path, node] : written)
-        EXPECT_EQ(inode(path), node) << qPrintable(path) << " was written again";
+    QImage fresh;
+    {
+        StageRig first({}, true);
+        fresh = onScreen(first);
+        QImage wrong = first.window().viewport()->grab().toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+        QPainter(&wrong).fillRect(QRect(QPoint(0, 0), wrong.size() / 2), Qt::red);
+        StaticLayerCache::store(StartupFrame::entryName(),
+                                StartupFrame::keyFor(*first.window().viewport(), StageLook::describe(*first.app)), wrong);
+        StaticLayerCache::writePending();
+    }
+    for (const bool replaced : {false, true}) {
+        StageRig rig({}, true);
+        EXPECT_EQ(onScreen(rig), fresh);
+        EXPECT_TRUE(rig.shell->startupFrame().wasShown());
+        EXPECT_EQ(rig.shell->startupFrame().wasRepainted(), !replaced);
+    }
 }
 
 // Whatever lies in the cache, the window shows the fresh render, and the file is put right.
