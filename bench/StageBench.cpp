@@ -12,6 +12,7 @@
 #include "panels/OrvanPanelItem.h"
 #include "stage/StageScene.h"
 #include "stage/StageWindow.h"
+#include "stage/StartupFrame.h"
 #include "time/ManualClock.h"
 
 #include <QApplication>
@@ -64,6 +65,16 @@ struct Rig {
             devices.push_back(midi->addDevice(unit));
         app = std::make_unique<OrvanRCUApp>(std::move(system), clock, clock);
         shell = std::make_unique<ApplicationShell>(*app);
+    }
+    /// Shows the window and waits until start-up is over: the first frame and the full render
+    /// that follows it, which would otherwise fall into the first measurement.
+    void showAndSettle()
+    {
+        shell->show();
+        QElapsedTimer waited;
+        waited.start();
+        while (!shell->startupFrame().hasSettled() && waited.elapsed() < 5000)
+            QApplication::processEvents();
     }
     OrvanPanelItem* orvanPanel() const
     {
@@ -151,8 +162,7 @@ void stagePaint()
 void gainChange()
 {
     Rig rig(true);
-    rig.shell->show();
-    QApplication::processEvents();
+    rig.showAndSettle();
     QImage image = frameFor(rig, 1);
     {
         QPainter p(&image);
@@ -187,8 +197,7 @@ void gainChange()
 void inputToWire()
 {
     Rig rig(false, {"Orvan"});
-    rig.shell->show();
-    QApplication::processEvents();
+    rig.showAndSettle();
     RCUModel& model = rig.app->orvanModel();
     model.toggleSelect(0);
     model.toggleSelect(1);
@@ -234,8 +243,7 @@ protected:
 void reportToScreen()
 {
     Rig rig(false, {"Orvan"});
-    rig.shell->show();
-    QApplication::processEvents();
+    rig.showAndSettle();
     PaintCounter counter;
     rig.shell->window().viewport()->installEventFilter(&counter);
     std::vector<double> times;
@@ -257,8 +265,7 @@ void reportToScreen()
 void flood()
 {
     Rig rig(false, {"Orvan"});
-    rig.shell->show();
-    QApplication::processEvents();
+    rig.showAndSettle();
     int changes = 0;
     QObject::connect(&rig.app->orvanModel().midi(), &OrvanMIDI::channelsChanged, [&] { ++changes; });
     constexpr int kReports = 10000;

@@ -76,6 +76,7 @@ void StartupFrame::settle(quint64 keyAtFirstFrame)
     if (sameLook && (!m_wasShown || m_wasRepainted))
         StaticLayerCache::store(entryName(), keyAtFirstFrame, fresh);
     m_shown = QImage();
+    m_hasSettled = true;
 }
 
 } // namespace orvan

@@ -34,6 +34,8 @@ public:
     /// True when that frame then differed from a fresh render (or the look had moved on before
     /// it could be checked) and was painted over.
     bool wasRepainted() const { return m_wasRepainted; }
+    /// True once the window has been rendered for real after its first frame.
+    bool hasSettled() const { return m_hasSettled; }
 
     /// The cache entry's name and key for a look at the viewport's current geometry.
     static QString entryName();
@@ -49,6 +51,7 @@ private:
     QImage m_shown;
     bool m_wasShown = false;
     bool m_wasRepainted = false;
+    bool m_hasSettled = false;
 };
 
 } // namespace orvan
