@@ -109,6 +109,7 @@ QImage blurred(const QImage& image, double radius)
 
 QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius, double scale)
 {
+    constexpr qsizetype kLargestKeptShadowBytes = 128 * 1024;
     // The blurred image of a shape depends only on the shape's outline (not where it stands), its
     // colour, the radius and the device scale: the panels' many identical lamps, buttons and
     // screws share one.
@@ -156,7 +157,9 @@ QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius
         p.setCompositionMode(QPainter::CompositionMode_DestinationIn);
         p.drawImage(0, 0, blurred(coverage, radius * layerScale));
     }
-    cache.insert(key, soft);
+    // Keep the many small ones; a plate-sized shadow is drawn once into its plate's own image.
+    if (soft.sizeInBytes() <= kLargestKeptShadowBytes)
+        cache.insert(key, soft);
     return soft;
 }
 
