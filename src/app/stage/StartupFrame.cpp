@@ -4,6 +4,7 @@
 
 #include <QDataStream>
 #include <QIODevice>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QPixmap>
 #include <QTimer>
@@ -55,6 +56,12 @@ bool StartupFrame::paintFirstFrame()
         return false; // painted as usual
     m_shown.setDevicePixelRatio(m_viewport.devicePixelRatioF());
     QPainter painter(&m_viewport);
+    // A render of the window into another device (a print, an image at another ratio) is
+    // painted as usual: the stored frame is the window's own pixels.
+    if (painter.paintEngine()->paintDevice()->devicePixelRatioF() != m_shown.devicePixelRatioF()) {
+        m_shown = QImage();
+        return false;
+    }
     painter.drawImage(QPoint(0, 0), m_shown);
     m_wasShown = true;
     return true;
