@@ -52,8 +52,9 @@ void LampRowItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
     const QRectF row = faceRect();
     const QPointF lampCentre(row.left() + m_look.lampSize / 2, row.center().y());
     render::paintLED(*painter, lampCentre, m_look.lampSize, m_on, m_look.color);
-    if (const double width = labelWidth(); width > 0) {
-        const QRectF box(row.left() + m_look.lampSize + m_look.gap, row.top(), width, row.height());
+    if (m_look.labelWidth != 0) { // the label's box is what the row holds beside the lamp, measured once
+        const double left = row.left() + m_look.lampSize + m_look.gap;
+        const QRectF box(left, row.top(), row.right() - left, row.height());
         drawLettering(*painter, box, Qt::AlignLeft | Qt::AlignVCenter, m_label, m_look.labelStyle);
     }
 }
