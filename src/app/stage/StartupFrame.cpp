@@ -50,18 +50,17 @@ quint64 StartupFrame::currentKey() const
 bool StartupFrame::paintFirstFrame()
 {
     const quint64 key = currentKey();
-    m_shown = StaticLayerCache::load(entryName(), key, devicePixels(m_viewport));
     QTimer::singleShot(0, this, [this, key] { settle(key); });
-    if (m_shown.isNull())
-        return false; // painted as usual
-    m_shown.setDevicePixelRatio(m_viewport.devicePixelRatioF());
     QPainter painter(&m_viewport);
     // A render of the window into another device (a print, an image at another ratio) is
-    // painted as usual: the stored frame is the window's own pixels.
-    if (painter.paintEngine()->paintDevice()->devicePixelRatioF() != m_shown.devicePixelRatioF()) {
-        m_shown = QImage();
+    // painted as usual: the stored frame is the window's own pixels, so it is not even read.
+    const double ratio = m_viewport.devicePixelRatioF();
+    if (painter.paintEngine()->paintDevice()->devicePixelRatioF() != ratio)
         return false;
-    }
+    m_shown = StaticLayerCache::load(entryName(), key, devicePixels(m_viewport));
+    if (m_shown.isNull())
+        return false; // painted as usual
+    m_shown.setDevicePixelRatio(ratio);
     painter.drawImage(QPoint(0, 0), m_shown);
     m_wasShown = true;
     return true;
