@@ -15,7 +15,6 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QPixmapCache>
-#include <QShortcut>
 #include <QTimer>
 
 // The window icon's pictures are rendered at build time into a resource library; naming its
@@ -57,14 +56,8 @@ ApplicationShell::ApplicationShell(OrvanRCUApp& app)
     // Decoding the pictures loads Qt's image plugins: not before the window shows.
     afterFirstPaint(*m_window->viewport(), [this] { m_window->setWindowIcon(windowIcon()); });
     m_window->setArrowStepHandler([this](int steps) { m_stage->adjustFocused(steps); });
-    // Window-wide, wherever the focus is; an open dialog holds the keyboard until it closes.
     UndoHistory& history = app.undoHistory();
-    const auto onKeys = [this](QKeySequence keys, std::function<void()> action) {
-        QObject::connect(new QShortcut(keys, m_window.get()), &QShortcut::activated, m_window.get(), std::move(action));
-    };
-    onKeys(QKeySequence(Qt::CTRL | Qt::Key_Z), [&history] { history.undo(); });
-    onKeys(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), [&history] { history.redo(); });
-    onKeys(QKeySequence(Qt::CTRL | Qt::Key_Y), [&history] { history.redo(); });
+    m_window->setHistoryHandlers([&history] { history.undo(); }, [&history] { history.redo(); });
     new AccessLayer(*m_stage, *m_window); // the window owns it
     m_startupFrame = new StartupFrame(*m_window->viewport(), [&app] { return StageLook::describe(app); });
     m_window->setStartupFrame(m_startupFrame);

@@ -14,10 +14,10 @@ class RCUModel;
 
 /// One undo history for every unit, in memory only. Each step is one user action on one unit,
 /// kept as that unit's channels before and after it; a run of gain steps on one control, with
-/// pauses under `kRunPause`, is one action. Undo brings the channels the action changed back to
-/// their state before it, redo to their state after it, both through `RCUModel::restore`: the
-/// history moves only once the unit's model went ahead (never on a +48V Cancel). A unit that goes
-/// away takes its steps with it, since a replugged unit may hold anything.
+/// pauses under `kRunPause`, is one action. Undo sets the settings the action changed back to
+/// their values before it, redo to their values after it, both through `RCUModel::restore`; the
+/// history moves only once the model went ahead (never on a +48V Cancel). A unit that goes away
+/// takes its steps with it, since a replugged unit may hold anything.
 class UndoHistory final : public QObject {
     Q_OBJECT
 
