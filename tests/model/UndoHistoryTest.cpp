@@ -183,6 +183,16 @@ TEST_F(UndoHistoryTest, OneHistoryAcrossUnitsRestoresItsOwnValuesAndForgetsAnUnp
     EXPECT_EQ(rig.history.redoCount(), 0u) << "a new action ends what could be redone";
 }
 
+TEST_F(UndoHistoryTest, DemoModeEndingTakesTheDemoStepsWithIt)
+{
+    UndoRig rig(Catalogue::orvan(), false);
+    DemoMode::shared().setActive(true);
+    rig.model->apply(OrvanSwitch::mute, {0});
+    ASSERT_EQ(rig.history.undoCount(), 1u);
+    DemoMode::shared().setActive(false);
+    EXPECT_EQ(rig.history.undoCount(), 0u);
+}
+
 TEST_F(UndoHistoryTest, AnUndoWaitsUntilAPacedSendOfItsUnitHasEnded)
 {
     UndoRig rig(Catalogue::orvan());
