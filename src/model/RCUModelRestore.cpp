@@ -30,8 +30,10 @@ ChannelStates RCUModel::restoreGoal(const ChannelStates& from, const ChannelStat
             if (from[c].isOn(s) != to[c].isOn(s))
                 goal[c].setOn(s, to[c].isOn(s));
         }
-        if (from[c].gainValue != to[c].gainValue && to[c].gainValue)
-            goal[c].gainValue = to[c].gainValue;
+        // A gain never reported counted as the bottom of its range for the step that moved it,
+        // so that is where undoing the step takes it.
+        if (from[c].gainValue != to[c].gainValue)
+            goal[c].gainValue = to[c].gainValue.value_or(gainRange(m_midi.spec(), goal[c].di).lowest);
     }
     return goal;
 }

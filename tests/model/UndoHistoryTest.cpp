@@ -183,6 +183,14 @@ TEST_F(UndoHistoryTest, OneHistoryAcrossUnitsRestoresItsOwnValuesAndForgetsAnUnp
     EXPECT_EQ(rig.history.redoCount(), 0u) << "a new action ends what could be redone";
 }
 
+TEST_F(UndoHistoryTest, AGainNeverReportedCountsAsTheBottomOfItsRangeWhenAStepIsUndone)
+{
+    UndoRig rig(Catalogue::dunra());
+    notches(rig, 2, [&] { rig.model->adjustGain(1, {0}); });
+    rig.history.undo();
+    EXPECT_EQ(rig.messages(), (Messages{{9, 7}, {9, 8}, {9, 6}}));
+}
+
 TEST_F(UndoHistoryTest, DemoModeEndingTakesTheDemoStepsWithIt)
 {
     UndoRig rig(Catalogue::orvan(), false);
