@@ -97,8 +97,6 @@ public:
 
     // --- Undo and redo ---------------------------------------------------------------------------
 
-    enum class Restore { refused, applied, asking };
-
     /// Undoes or redoes a user action that took the unit's channels from `from` to `to`: every
     /// setting that differs between them is set to its value in `to`; the rest stay as the unit
     /// has them now. Sends only what differs from the panel now, through the same engine calls
@@ -106,7 +104,7 @@ public:
     /// unit cannot be driven or a paced send of this model still runs. Switching +48V on asks
     /// first with the +48V confirmation (`pendingPhantom`); `onApplied` runs once the change is
     /// under way, never on Cancel.
-    Restore restore(const ChannelStates& from, const ChannelStates& to, std::function<void()> onApplied);
+    void restore(const ChannelStates& from, const ChannelStates& to, std::function<void()> onApplied);
 
     // --- Status ---------------------------------------------------------------------------------
 

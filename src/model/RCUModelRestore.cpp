@@ -38,11 +38,11 @@ ChannelStates RCUModel::restoreGoal(const ChannelStates& from, const ChannelStat
     return goal;
 }
 
-RCUModel::Restore RCUModel::restore(const ChannelStates& from, const ChannelStates& to, std::function<void()> onApplied)
+void RCUModel::restore(const ChannelStates& from, const ChannelStates& to, std::function<void()> onApplied)
 {
     // One paced send at a time: a restore never goes out faster than a recall does.
     if (!canDrive() || m_runningSends > 0)
-        return Restore::refused;
+        return;
     const ChannelStates& now = m_midi.channels();
     const ChannelStates goal = restoreGoal(from, to);
     QList<int> turningOn;
@@ -54,11 +54,10 @@ RCUModel::Restore RCUModel::restore(const ChannelStates& from, const ChannelStat
         // The same question as a click that switches +48V on; nothing moves until it is answered.
         setPendingPhantom(turningOn);
         m_pendingRestore = PendingRestore{from, to, turningOn, std::move(onApplied)};
-        return Restore::asking;
+        return;
     }
     sendRestore(goal, {});
     onApplied();
-    return Restore::applied;
 }
 
 void RCUModel::confirmRestore()
