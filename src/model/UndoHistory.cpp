@@ -23,6 +23,22 @@ bool sameSettings(const ChannelStates& a, const ChannelStates& b)
     return std::ranges::equal(a, b, [](const ChannelState& x, const ChannelState& y) { return sameSettings(x, y); });
 }
 
+/// `base` with every setting that differs between `from` and `to` set as in `to`.
+ChannelStates withChanges(ChannelStates base, const ChannelStates& from, const ChannelStates& to)
+{
+    for (qsizetype c = 0; c < std::min({base.size(), from.size(), to.size()}); ++c) {
+        for (OrvanSwitch s : allSwitches) {
+            if (from[c].isOn(s) != to[c].isOn(s))
+                base[c].setOn(s, to[c].isOn(s));
+        }
+        if (from[c].gainValue != to[c].gainValue || from[c].gainFine != to[c].gainFine) {
+            base[c].gainValue = to[c].gainValue;
+            base[c].gainFine = to[c].gainFine;
+        }
+    }
+    return base;
+}
+
 } // namespace
 
 UndoHistory::UndoHistory(const Clock& clock, QObject* parent)
@@ -52,7 +68,8 @@ void UndoHistory::record(RCUModel* model, const ChannelStates& before, const Cha
     if (m_runOpen && !m_steps.empty() && !run.isEmpty()) {
         Step& last = m_steps.back();
         if (last.model == model && last.run == run && now - last.lastChange < kRunPause) {
-            last.after = after;
+            // Only this step's own change: what the unit reported since is not part of the run.
+            last.after = withChanges(last.after, before, after);
             last.lastChange = now;
             if (sameSettings(last.before, last.after)) { // the run came back where it started
                 m_steps.pop_back();

@@ -150,12 +150,13 @@ TEST_F(UndoHistoryTest, OneHistoryAcrossUnitsRestoresItsOwnValuesAndForgetsAnUnp
     rig.history.follow(dunra);
     rig.reportGain(1, 10);
 
-    // when: three actions, then the unit's own knob and a switch on its front
+    // when: three actions, a switch on the unit's front during the last, then its own knob
     rig.model->apply(OrvanSwitch::mute, {0});
     dunra.apply(OrvanSwitch::pad, {0});
-    notches(rig, 2, [&] { rig.model->adjustGain(1, {1}); });
-    rig.reportGain(1, 7);
+    notches(rig, 1, [&] { rig.model->adjustGain(1, {1}); });
     rig.report(3, OrvanSwitch::pad, true);
+    notches(rig, 1, [&] { rig.model->adjustGain(1, {1}); });
+    rig.reportGain(1, 7);
     EXPECT_EQ(rig.history.undoCount(), 3u) << "reports are not steps";
 
     // then: undo brings back the gain from before the action, not the unit's
