@@ -178,12 +178,6 @@ std::size_t PacedSender::messageCount(const std::vector<Step>& steps)
     return std::size_t(std::ranges::count_if(steps, [](const Step& s) { return s.kind != Step::Kind::pause; }));
 }
 
-void PacedSender::start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context, const QList<ChannelSnapshot>& snapshots,
-                        PhantomConsent consent)
-{
-    start(midi, scheduler, context, plan(midi.spec(), snapshots), consent);
-}
-
 void PacedSender::start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context, std::vector<Step> steps,
                         PhantomConsent consent, std::function<void()> onFinished)
 {

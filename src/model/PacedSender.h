@@ -31,9 +31,10 @@ enum class PhantomConsent {
     keepOnOnly, ///< nobody was asked: +48V may only be held on where it is on already
 };
 
-/// Sends a list of channel snapshots to a unit as one paced sequence: DI, +48V, a settling pause,
-/// gains with pad and polarity, mute last. Runs on the main thread through the scheduler and
-/// returns at once; sequences started one after another run alongside and interleave.
+/// Plans and sends a unit's state as one paced sequence: DI, +48V, a settling pause, gains with
+/// pad and polarity, mute last; a whole unit for a recall or reset, only what differs for an undo.
+/// Runs on the main thread through the scheduler and returns at once; sequences started one after
+/// another run alongside and interleave.
 class PacedSender {
 public:
     /// One step: a message (or none, for the settling pause) and the pause after it.
@@ -63,11 +64,9 @@ public:
     /// The messages among `steps` (the settling pause is none).
     static std::size_t messageCount(const std::vector<Step>& steps);
 
-    /// Starts sending; the first message goes out on the scheduler's next turn. The sequence stops
-    /// early only if `context` is destroyed.
-    static void start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context, const QList<ChannelSnapshot>& snapshots,
-                      PhantomConsent consent);
-    /// The same for steps already planned; `onFinished` runs after the last one.
+    /// Starts sending planned steps; the first message goes out on the scheduler's next turn, and
+    /// `onFinished` runs once the pause after the last one is over. The sequence stops early only
+    /// if `context` is destroyed.
     static void start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context, std::vector<Step> steps,
                       PhantomConsent consent, std::function<void()> onFinished = {});
     /// Sends steps at once, without pauses: for a plan of one message.
