@@ -184,6 +184,22 @@ TEST_F(UndoHistoryTest, OneHistoryAcrossUnitsRestoresItsOwnValuesAndForgetsAnUnp
     EXPECT_EQ(rig.history.redoCount(), 0u) << "a new action ends what could be redone";
 }
 
+TEST_F(UndoHistoryTest, AConfirmedUndoSwitchesOnlyTheChannelsItAskedAboutOn)
+{
+    UndoRig rig(Catalogue::dunra());
+    rig.report(0, OrvanSwitch::phantom, true);
+    rig.report(1, OrvanSwitch::phantom, true);
+    rig.model->apply(OrvanSwitch::phantom, {0, 1}); // both off
+    rig.report(1, OrvanSwitch::phantom, true);      // the unit's front switches channel 2 back on
+    rig.history.undo();
+    ASSERT_EQ(rig.model->pendingPhantom(), QList<int>{0});
+    rig.report(1, OrvanSwitch::phantom, false); // and off again while the question is open
+    rig.system.clearSent();
+    rig.model->confirmPhantom();
+    rig.clock.runUntilIdle();
+    EXPECT_EQ(rig.messages(), (Messages{{4, kOn}}));
+}
+
 TEST_F(UndoHistoryTest, AGainNeverReportedCountsAsTheBottomOfItsRangeWhenAStepIsUndone)
 {
     UndoRig rig(Catalogue::dunra());
