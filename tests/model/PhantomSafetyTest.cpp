@@ -23,7 +23,7 @@ struct PhantomSafety {
         std::unique_ptr<OrvanMIDI> engine;
         std::unique_ptr<RCUModel> model;
         std::vector<bool> phantomOn;                        // the unit's own +48V state, kept across plugging
-        std::map<int, std::chrono::nanoseconds> grantUntil; // channel -> end of a confirmed recall
+        std::map<int, std::chrono::nanoseconds> grantUntil; // channel -> end of a confirmed recall or undo
         QList<int> confirmedNow;                            // channels confirmed by this step's confirmPhantom()
         std::optional<QList<int>> asked;                    // the +48V question as last seen
         bool askedByHistory = false;                        // it came from an undo or redo: a paced send may follow
