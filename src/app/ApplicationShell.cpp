@@ -2,6 +2,7 @@
 
 #include "AfterFirstPaint.h"
 #include "OrvanRCUApp.h"
+#include "UndoHistory.h"
 #include "WheelEventFilter.h"
 #include "access/AccessLayer.h"
 #include "dialogs/ConfirmationDialogs.h"
@@ -55,6 +56,8 @@ ApplicationShell::ApplicationShell(OrvanRCUApp& app)
     // Decoding the pictures loads Qt's image plugins: not before the window shows.
     afterFirstPaint(*m_window->viewport(), [this] { m_window->setWindowIcon(windowIcon()); });
     m_window->setArrowStepHandler([this](int steps) { m_stage->adjustFocused(steps); });
+    UndoHistory& history = app.undoHistory();
+    m_window->setHistoryHandlers([&history] { history.undo(); }, [&history] { history.redo(); });
     new AccessLayer(*m_stage, *m_window); // the window owns it
     m_startupFrame = new StartupFrame(*m_window->viewport(), [&app] { return StageLook::describe(app); });
     m_window->setStartupFrame(m_startupFrame);

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <algorithm>
 
 namespace orvan {
 
@@ -24,40 +25,73 @@ struct Run {
     QPointer<QObject> context;
     std::vector<Step> steps;
     PhantomConsent consent;
+    std::function<void()> onFinished;
     std::size_t next = 0;
 };
 
-void perform(const Run& run, const Step& step)
+void perform(OrvanMIDI& midi, PhantomConsent consent, const Step& step)
 {
     switch (step.kind) {
     case Step::Kind::pause:
         return;
     case Step::Kind::gain:
-        run.midi.setGain(step.channel, step.value);
+        midi.setGain(step.channel, step.value);
         return;
     case Step::Kind::toggle: {
         const bool on = step.value != 0;
-        if (step.which == OrvanSwitch::phantom && on && run.consent == PhantomConsent::keepOnOnly) {
+        if (step.which == OrvanSwitch::phantom && on && consent == PhantomConsent::keepOnOnly) {
             // Nobody confirmed this send: if +48V went off since the recall was checked, it stays
             // off rather than coming back on unasked.
-            const auto& channels = run.midi.channels();
+            const auto& channels = midi.channels();
             if (step.channel >= channels.size() || !channels.at(step.channel).phantom)
                 return;
         }
-        run.midi.set(step.which, step.channel, on);
+        midi.set(step.which, step.channel, on);
         return;
     }
     }
 }
 
+void finish(const std::shared_ptr<Run>& run)
+{
+    if (run->context && run->onFinished)
+        run->onFinished();
+}
+
 void runNext(const std::shared_ptr<Run>& run)
 {
-    if (run->next >= run->steps.size() || !run->context)
+    if (!run->context)
         return;
+    if (run->next >= run->steps.size()) {
+        finish(run);
+        return;
+    }
     const Step step = run->steps[run->next++];
-    perform(*run, step);
+    perform(run->midi, run->consent, step);
+    // The pause after the last message holds back whatever the owner sends next, too.
     if (run->next < run->steps.size())
         run->scheduler.schedule(step.pauseAfter, run->context, [run] { runNext(run); });
+    else
+        run->scheduler.schedule(step.pauseAfter, run->context, [run] { finish(run); });
+}
+
+/// One step's effect on the engine's channels, as `OrvanMIDI::setGain` and `set` store it.
+void applyStep(const DeviceSpec& spec, ChannelStates& channels, const Step& step)
+{
+    if (step.kind == Step::Kind::pause || step.channel < 0 || step.channel >= channels.size())
+        return;
+    ChannelState& c = channels[step.channel];
+    if (step.kind == Step::Kind::gain) {
+        const GainRange range = gainRange(spec, c.di);
+        c.gainValue = std::clamp(step.value, range.lowest, range.highest);
+        c.gainFine = 0;
+        return;
+    }
+    c.setOn(step.which, step.value != 0);
+    if (step.which == OrvanSwitch::di) {
+        c.gainValue = step.value != 0 ? kDIGainLowest : kMicGainLowest;
+        c.gainFine = 0;
+    }
 }
 
 } // namespace
@@ -88,11 +122,73 @@ std::vector<Step> PacedSender::plan(const DeviceSpec& spec, const QList<ChannelS
     return steps;
 }
 
-void PacedSender::start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context, const QList<ChannelSnapshot>& snapshots,
-                        PhantomConsent consent)
+std::vector<Step> PacedSender::planChanges(const DeviceSpec& spec, const ChannelStates& current,
+                                           const ChannelStates& target, const QList<int>& channels)
 {
-    auto run = std::make_shared<Run>(Run{midi, scheduler, context, plan(midi.spec(), snapshots), consent});
+    QList<int> list;
+    for (int c : channels) {
+        if (c >= 0 && c < spec.channelCount && c < current.size() && c < target.size() && !list.contains(c))
+            list.append(c);
+    }
+    std::ranges::sort(list);
+
+    // Each step is compared with the channel as the steps before it leave it.
+    ChannelStates now = current;
+    std::vector<Step> steps;
+    const auto take = [&](const Step& step) {
+        steps.push_back(step);
+        applyStep(spec, now, step);
+    };
+    const auto takeIfDiffers = [&](OrvanSwitch s, int c) {
+        if (now[c].isOn(s) != target[c].isOn(s))
+            take(toggle(s, c, target[c].isOn(s)));
+    };
+
+    if (spec.hasDI) {
+        for (int c : list)
+            takeIfDiffers(OrvanSwitch::di, c);
+    }
+    const std::size_t beforePhantom = steps.size();
+    for (int c : list)
+        takeIfDiffers(OrvanSwitch::phantom, c);
+    if (steps.size() > beforePhantom)
+        steps.push_back(Step{Step::Kind::pause, 0, OrvanSwitch::pad, 0, kPacing.afterPhantom});
+    for (int c : list) {
+        if (const auto gain = target[c].gainValue; gain && now[c].gainValue != gain)
+            take(Step{Step::Kind::gain, c, OrvanSwitch::pad, *gain, kPacing.afterMessage});
+        takeIfDiffers(OrvanSwitch::pad, c);
+        takeIfDiffers(OrvanSwitch::polarity, c);
+        if (spec.hasHPF)
+            takeIfDiffers(OrvanSwitch::hpf, c);
+    }
+    for (int c : list)
+        takeIfDiffers(OrvanSwitch::mute, c);
+    return steps;
+}
+
+ChannelStates PacedSender::applied(const DeviceSpec& spec, ChannelStates channels, const std::vector<Step>& steps)
+{
+    for (const Step& step : steps)
+        applyStep(spec, channels, step);
+    return channels;
+}
+
+std::size_t PacedSender::messageCount(const std::vector<Step>& steps)
+{
+    return std::size_t(std::ranges::count_if(steps, [](const Step& s) { return s.kind != Step::Kind::pause; }));
+}
+
+void PacedSender::start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context, std::vector<Step> steps,
+                        PhantomConsent consent, std::function<void()> onFinished)
+{
+    auto run = std::make_shared<Run>(Run{midi, scheduler, context, std::move(steps), consent, std::move(onFinished)});
     scheduler.schedule(std::chrono::milliseconds(0), context, [run] { runNext(run); });
+}
+
+void PacedSender::sendNow(OrvanMIDI& midi, const std::vector<Step>& steps, PhantomConsent consent)
+{
+    for (const Step& step : steps)
+        perform(midi, consent, step);
 }
 
 } // namespace orvan

@@ -56,6 +56,15 @@ ChannelSnapshot snapshotOf(const ChannelState& c, bool hasDI)
                            hasDI ? std::optional<bool>(c.di) : std::nullopt};
 }
 
+/// Names the control a gain step came from, for telling runs of steps apart.
+QString runName(const char* control, const QList<int>& channels)
+{
+    QStringList numbers;
+    for (int c : channels)
+        numbers << QString::number(c);
+    return QLatin1String(control) + u' ' + numbers.join(u',');
+}
+
 } // namespace
 
 RCUModel::RCUModel(OrvanMIDI& midi, Scheduler& scheduler, QObject* parent)
@@ -147,17 +156,25 @@ void RCUModel::apply(OrvanSwitch s, const QList<int>& channels)
         setPendingPhantom(list);
         return;
     }
+    const ChannelStates before = m_midi.channels();
     for (int c : list)
         m_midi.set(s, c, target);
+    reportChange(before, m_midi.channels());
 }
 
 void RCUModel::applyToSelected(OrvanSwitch s) { apply(s, m_selected); }
 
 void RCUModel::confirmPhantom()
 {
+    if (m_pendingRestore) {
+        confirmRestore();
+        return;
+    }
     if (isConnected() && m_midi.spec().verified && m_pendingPhantom) {
+        const ChannelStates before = m_midi.channels();
         for (int c : validChannels(*m_pendingPhantom))
             m_midi.set(OrvanSwitch::phantom, c, true);
+        reportChange(before, m_midi.channels());
     }
     setPendingPhantom(std::nullopt);
 }
@@ -180,6 +197,11 @@ qint64 RCUModel::currentGain(int channel) const
 
 void RCUModel::adjustGain(qint64 steps, const QList<int>& channels)
 {
+    adjustGainRun(steps, channels, runName("channels", channels));
+}
+
+void RCUModel::adjustGainRun(qint64 steps, const QList<int>& channels, const QString& run)
+{
     const QList<int> list = validChannels(channels);
     if (list.isEmpty())
         return;
@@ -196,11 +218,17 @@ void RCUModel::adjustGain(qint64 steps, const QList<int>& channels)
     QList<qint64> targets;
     for (int c : list)
         targets.append(currentGain(c) + step);
+    const ChannelStates before = m_midi.channels();
     for (qsizetype i = 0; i < list.size(); ++i)
         m_midi.setGain(list[i], targets[i]);
+    reportChange(before, m_midi.channels(), run);
 }
 
-void RCUModel::adjustSelected(qint64 steps) { adjustGain(steps, m_selected); }
+void RCUModel::adjustSelected(qint64 steps)
+{
+    // The knob (or the arrows) on the selection is another control than a channel's own readout.
+    adjustGainRun(steps, m_selected, runName("selection", m_selected));
+}
 
 double RCUModel::angle(std::optional<int> channel) const
 {
@@ -317,8 +345,14 @@ void RCUModel::resetAll()
 
 void RCUModel::send(const QList<ChannelSnapshot>& snapshots, bool phantomConfirmed)
 {
-    PacedSender::start(m_midi, m_scheduler, this, snapshots,
-                       phantomConfirmed ? PhantomConsent::confirmed : PhantomConsent::keepOnOnly);
+    std::vector<PacedSender::Step> steps = PacedSender::plan(m_midi.spec(), snapshots);
+    // The sequence takes a while: what it will leave behind is the action's outcome.
+    if (canDrive())
+        reportChange(m_midi.channels(), PacedSender::applied(m_midi.spec(), m_midi.channels(), steps));
+    ++m_runningSends;
+    PacedSender::start(m_midi, m_scheduler, this, std::move(steps),
+                       phantomConfirmed ? PhantomConsent::confirmed : PhantomConsent::keepOnOnly,
+                       [this] { --m_runningSends; });
 }
 
 // --- Status -------------------------------------------------------------------------------------
@@ -380,6 +414,8 @@ void RCUModel::setSelected(QList<int> selected)
 
 void RCUModel::setPendingPhantom(std::optional<QList<int>> channels)
 {
+    // Whatever ends or replaces the question also ends a restore that waited for it.
+    m_pendingRestore.reset();
     if (channels == m_pendingPhantom)
         return;
     m_pendingPhantom = std::move(channels);

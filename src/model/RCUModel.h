@@ -1,11 +1,13 @@
 #pragma once
 
+#include "ChannelState.h"
 #include "Preset.h"
 #include "OrvanSwitch.h"
 
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -93,6 +95,17 @@ public:
     void setSavingPreset(bool saving);
     void setPresetNameDraft(const QString& draft);
 
+    // --- Undo and redo ---------------------------------------------------------------------------
+
+    /// Undoes or redoes a user action that took the unit's channels from `from` to `to`: every
+    /// setting that differs between them is set to its value in `to`; the rest stay as the unit
+    /// has them now. Sends only what differs from the panel now, through the same engine calls
+    /// as a click, paced like a recall when more than one message goes out. Refused while the
+    /// unit cannot be driven or a paced send of this model still runs. Switching +48V on asks
+    /// first with the +48V confirmation (`pendingPhantom`); `onApplied` runs once the change is
+    /// under way, never on Cancel.
+    void restore(const ChannelStates& from, const ChannelStates& to, std::function<void()> onApplied);
+
     // --- Status ---------------------------------------------------------------------------------
 
     /// The status display's two lines: connection, then selection and the lowest one's gain.
@@ -107,6 +120,10 @@ signals:
     void presetIndexChanged();
     void savingPresetChanged();
     void presetNameDraftChanged();
+    /// A user action changed the unit's channels (a recall or reset: will change them). `run`
+    /// names the control of a gain step, so that a run of steps on it can count as one action;
+    /// it is empty for every other action.
+    void changedByUser(const orvan::ChannelStates& before, const orvan::ChannelStates& after, const QString& run);
 
 private:
     bool isConnected() const;
@@ -114,6 +131,12 @@ private:
     QList<int> allChannels() const;
     qint64 currentGain(int channel) const;
     void send(const QList<ChannelSnapshot>& snapshots, bool phantomConfirmed);
+    void adjustGainRun(qint64 steps, const QList<int>& channels, const QString& run);
+    bool canDrive() const;
+    void reportChange(const ChannelStates& before, const ChannelStates& after, const QString& run = {});
+    void confirmRestore();
+    ChannelStates restoreGoal(const ChannelStates& from, const ChannelStates& to) const;
+    void sendRestore(const ChannelStates& goal, const QList<int>& phantomConfirmed);
     void reloadPresets();
     void onDemo(bool active);
     void onConnection(bool connected);
@@ -136,6 +159,16 @@ private:
     std::optional<qint64> m_presetIndex;
     bool m_savingPreset = false;
     QString m_presetNameDraft;
+
+    /// A restore waiting for the +48V confirmation; it goes with `pendingPhantom`.
+    struct PendingRestore {
+        ChannelStates from;
+        ChannelStates to;
+        QList<int> asked; ///< the channels whose +48V the question names
+        std::function<void()> onApplied;
+    };
+    std::optional<PendingRestore> m_pendingRestore;
+    int m_runningSends = 0; ///< paced sequences of this model not yet finished
 };
 
 } // namespace orvan

@@ -2,6 +2,9 @@
 
 #include "ControlChange.h"
 #include "DemoMode.h"
+#include "items/LampRowItem.h"
+#include "panels/ChannelColumn.h"
+#include "panels/OrvanPanelItem.h"
 
 #include <QTest>
 
@@ -69,6 +72,15 @@ TEST_F(AccessibilityEvents, ALampOrAGainReportedByTheUnitIsAnnouncedAndNothingEl
     EXPECT_TRUE(log.has(rig.control("Orvan", "Channel 5 gain"), QAccessible::ValueChanged));
     EXPECT_FALSE(log.has(rig.control("Orvan", "Channel 6 mute"), QAccessible::StateChanged));
     EXPECT_FALSE(log.has(rig.control("Orvan", "Channel 4 gain"), QAccessible::ValueChanged));
+
+    // an undo by key is announced like the click it takes back
+    rig.click(at(rig.stage().orvanPanel()->columns()[5]->rows()[4]));
+    settle();
+    EventLog::entries.clear();
+    rig.press(Qt::Key_Z, Qt::ControlModifier);
+    settle();
+    QAccessibleInterface* undone = rig.control("Orvan", "Channel 6 mute");
+    EXPECT_TRUE(std::ranges::any_of(log.entries, [&](const EventLog::Entry& e) { return e.target == undone && e.checkedChanged; }));
 }
 
 // A panel's and its POWER button's descriptions change with the unit's presence whether it comes,

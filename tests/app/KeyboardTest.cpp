@@ -2,6 +2,7 @@
 
 #include "ControlChange.h"
 #include "items/GlossButtonItem.h"
+#include "items/LampRowItem.h"
 #include "panels/ChannelColumn.h"
 #include "panels/OrvanPanelItem.h"
 
@@ -123,6 +124,35 @@ TEST(Keyboard, ArrowsStepTheFocusedGainControlAndTheSelectionOtherwise)
     rig.tabTo("Orvan/Channel 1 pad"); // no gain control: the stage rule
     rig.press(Qt::Key_Up);
     EXPECT_EQ(rig.sent("Orvan"), (Sent{{gain1, 11}, {gain1, 12}}));
+}
+
+TEST(Keyboard, CtrlZUndoesAClickAndCtrlYOrCtrlShiftZRedoWhereverTheFocusIsAndPhantomStillAsks)
+{
+    AccessRig rig({"Orvan"});
+    const int mute1 = controller(0, muteOffset), phantom2 = controller(1, phantomOffset);
+    const auto& columns = rig.stage().orvanPanel()->columns();
+    rig.click(at(columns[0]->rows()[4])); // MUTE
+    rig.press(Qt::Key_Z, Qt::ControlModifier);
+    rig.tabTo("Orvan/Channel 3 pad");
+    rig.press(Qt::Key_Y, Qt::ControlModifier);
+    rig.press(Qt::Key_Z, Qt::ControlModifier);
+    rig.press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(rig.sent("Orvan"), (Sent{{mute1, kSwitchOnValue}, {mute1, 0}, {mute1, kSwitchOnValue}, {mute1, 0}, {mute1, kSwitchOnValue}}));
+
+    // +48V switched on with its question: undoing it asks nothing, redoing it asks again
+    rig.click(at(columns[1]->rows()[1]));
+    StageRig::answer(rig.shell->orvanDialogs().phantomDialog(), "Turn on +48V");
+    rig.press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(rig.shell->orvanDialogs().phantomDialog(), nullptr);
+    rig.midi->clearSent();
+    rig.press(Qt::Key_Y, Qt::ControlModifier);
+    QMessageBox* dialog = rig.shell->orvanDialogs().phantomDialog();
+    ASSERT_NE(dialog, nullptr);
+    press(*dialog, Qt::Key_Escape);
+    EXPECT_TRUE(rig.sent("Orvan").empty()) << "Escape cancels";
+    rig.press(Qt::Key_Y, Qt::ControlModifier);
+    StageRig::answer(rig.shell->orvanDialogs().phantomDialog(), "Turn on +48V");
+    EXPECT_EQ(rig.sent("Orvan"), (Sent{{phantom2, kSwitchOnValue}}));
 }
 
 TEST(Keyboard, CtrlQQuits)

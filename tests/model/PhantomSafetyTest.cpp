@@ -1,5 +1,7 @@
 #include "ModelRig.h"
 
+#include "UndoHistory.h"
+
 #include <map>
 #include <random>
 
@@ -8,7 +10,7 @@ namespace {
 
 constexpr int kOperations = 20000;
 constexpr std::uint32_t kSeed = 20261123;
-/// Longer than any whole-unit sequence: a confirmed recall may switch +48V on until then.
+/// Longer than any whole-unit sequence: a confirmed recall or undo may switch +48V on until then.
 constexpr auto kConfirmedRecallWindow = 2500ms;
 
 /// Every unit's engine and model on one virtual MIDI system, driven at random like a very impatient
@@ -21,8 +23,10 @@ struct PhantomSafety {
         std::unique_ptr<OrvanMIDI> engine;
         std::unique_ptr<RCUModel> model;
         std::vector<bool> phantomOn;                        // the unit's own +48V state, kept across plugging
-        std::map<int, std::chrono::nanoseconds> grantUntil; // channel -> end of a confirmed recall
+        std::map<int, std::chrono::nanoseconds> grantUntil; // channel -> end of a confirmed recall or undo
         QList<int> confirmedNow;                            // channels confirmed by this step's confirmPhantom()
+        std::optional<QList<int>> asked;                    // the +48V question as last seen
+        bool askedByHistory = false;                        // it came from an undo or redo: a paced send may follow
     };
 
     PhantomSafety()
@@ -35,6 +39,7 @@ struct PhantomSafety {
             u.engine = std::make_unique<OrvanMIDI>(spec, system, clock);
             u.model = std::make_unique<RCUModel>(*u.engine, clock);
             u.phantomOn.assign(std::size_t(spec.channelCount), false);
+            history.follow(*u.model);
         }
     }
 
@@ -56,6 +61,43 @@ struct PhantomSafety {
         for (ChannelSnapshot& s : snapshots)
             s = {coin() ? std::optional<qint64>(pick(30)) : std::nullopt, coin(), coin(), coin(), coin(), coin() ? std::optional<bool>(coin()) : std::nullopt};
         PresetStorage::save({Preset{QUuid::createUuid(), QStringLiteral("Hand"), snapshots}}, u.spec);
+    }
+
+    void confirmPhantom(Unit& u)
+    {
+        u.confirmedNow = u.model->pendingPhantom().value_or(QList<int>{});
+        if (u.askedByHistory && !u.confirmedNow.isEmpty()) {
+            ++historyConfirmations;
+            for (int c : u.confirmedNow)
+                u.grantUntil[c] = clock.now() + kConfirmedRecallWindow;
+        }
+        u.model->confirmPhantom();
+    }
+
+    /// Notes which questions an undo or redo asked, after any operation.
+    void noteQuestions(bool byHistory)
+    {
+        for (const auto& u : units) {
+            if (u->model->pendingPhantom() != u->asked)
+                u->askedByHistory = byHistory && u->model->pendingPhantom();
+            u->asked = u->model->pendingPhantom();
+        }
+    }
+
+    /// An undo or redo, and often at once an answer to the question it asked.
+    void undoOrRedo(void (UndoHistory::*op)())
+    {
+        (history.*op)();
+        noteQuestions(true);
+        for (const auto& u : units) {
+            if (!u->askedByHistory || !u->asked)
+                continue;
+            switch (pick(3)) {
+            case 0: confirmPhantom(*u); break;
+            case 1: u->model->clearPendingPhantom(); break;
+            default: break; // left open for a later operation
+            }
+        }
     }
 
     void confirmRecall(Unit& u)
@@ -94,7 +136,7 @@ struct PhantomSafety {
     {
         Unit& u = *units[std::size_t(pick(int(units.size())))];
         RCUModel& m = *u.model;
-        switch (pick(27)) {
+        switch (pick(31)) {
         case 0: m.toggleSelect(channel(u)); return "toggleSelect";
         case 1: m.selectAllOrClear(); return "selectAllOrClear";
         case 2: m.cycleSelection(); return "cycleSelection";
@@ -104,7 +146,7 @@ struct PhantomSafety {
         case 6: m.adjustSelected(pick(11) - 5); return "adjustSelected";
         case 7: m.powerPressed(); return "powerPressed";
         case 8:
-        case 9: u.confirmedNow = m.pendingPhantom().value_or(QList<int>{}); m.confirmPhantom(); return "confirmPhantom";
+        case 9: confirmPhantom(u); return "confirmPhantom";
         case 10: m.clearPendingPhantom(); return "decline +48V";
         case 11: m.beginSave(); return "beginSave";
         case 12: m.setPresetNameDraft(QStringLiteral("P%1").arg(pick(4))); return "edit name";
@@ -121,6 +163,10 @@ struct PhantomSafety {
         case 23: writeHandEditedFile(u); return "hand-edited file";
         case 24: clock.advance(std::chrono::milliseconds(pick(40))); return "short wait";
         case 25: clock.advance(std::chrono::milliseconds(pick(1500))); return "long wait";
+        case 26:
+        case 29: undoOrRedo(&UndoHistory::undo); return "undo";
+        case 27: undoOrRedo(&UndoHistory::redo); return "redo";
+        case 28: for (int n = pick(6); n > 0; --n) m.adjustSelected(coin() ? 1 : -1); return "wheel run";
         default: QCoreApplication::processEvents(); return "events";
         }
     }
@@ -128,6 +174,8 @@ struct PhantomSafety {
     ManualClock clock;
     VirtualMidiSystem system{&clock};
     std::vector<std::unique_ptr<Unit>> units;
+    UndoHistory history{clock};
+    std::size_t historyConfirmations = 0;
     std::mt19937 rng{kSeed};
 };
 
@@ -139,6 +187,7 @@ TEST_F(PhantomSafetyTest, NoPhantomSwitchOnEverLeavesWithoutAConfirmationAndTheL
     std::size_t checked = 0, phantomOnMessages = 0, switchOns = 0;
     for (int i = 0; i < kOperations; ++i) {
         const char* operation = rig.step();
+        rig.noteQuestions(operation == std::string_view("undo") || operation == std::string_view("redo"));
         // every new message goes to a driven unit and a channel it has, and every message that
         // switches a unit's +48V from off to on was confirmed
         for (const auto& sent = rig.system.sent(); checked < sent.size(); ++checked) {
@@ -165,8 +214,10 @@ TEST_F(PhantomSafetyTest, NoPhantomSwitchOnEverLeavesWithoutAConfirmationAndTheL
         for (const auto& u : rig.units)
             u->confirmedNow.clear();
     }
-    // and the run was not trivially safe: +48V really was switched on, and held on, many times
+    // and the run was not trivially safe: +48V really was switched on, and held on, many times,
+    // also by undo and redo
     EXPECT_GT(switchOns, 10u);
+    EXPECT_GT(rig.historyConfirmations, 3u);
     EXPECT_GT(phantomOnMessages, switchOns);
 }
 

@@ -49,6 +49,20 @@ void StageWindow::keyPressEvent(QKeyEvent* event)
         event->accept();
         return;
     }
+    // Taken here rather than as shortcuts: the window is the only widget that takes keys, so the
+    // focus is always somewhere in it, and a key press counts whether or not the window system
+    // made the window active again after a dialog.
+    const QKeyCombination keys = event->keyCombination();
+    const std::function<void()>* handler = nullptr;
+    if (keys == (Qt::CTRL | Qt::Key_Z))
+        handler = &m_onUndo;
+    else if (keys == (Qt::CTRL | Qt::SHIFT | Qt::Key_Z) || keys == (Qt::CTRL | Qt::Key_Y))
+        handler = &m_onRedo;
+    if (handler && *handler) {
+        (*handler)();
+        event->accept();
+        return;
+    }
     QGraphicsView::keyPressEvent(event);
 }
 

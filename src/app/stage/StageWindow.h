@@ -8,12 +8,18 @@ namespace orvan {
 class StartupFrame;
 
 /// The one window: undecorated, fixed size, black, showing the stage at 0.8. The up and down
-/// arrow keys step the gain of whatever `onArrowStep` routes them to.
+/// arrow keys step the gain of whatever `onArrowStep` routes them to; Ctrl+Z undoes, Ctrl+Shift+Z
+/// and Ctrl+Y redo.
 class StageWindow final : public QGraphicsView {
 public:
     explicit StageWindow(QGraphicsScene* stage, QWidget* parent = nullptr);
 
     void setArrowStepHandler(std::function<void(int steps)> handler) { m_onArrowStep = std::move(handler); }
+    void setHistoryHandlers(std::function<void()> undo, std::function<void()> redo)
+    {
+        m_onUndo = std::move(undo);
+        m_onRedo = std::move(redo);
+    }
 
     /// Places the window in the middle of its screen (where the window system lets us).
     void centreOnScreen();
@@ -27,6 +33,7 @@ protected:
 
 private:
     std::function<void(int)> m_onArrowStep;
+    std::function<void()> m_onUndo, m_onRedo;
     StartupFrame* m_startupFrame = nullptr;
 };
 
