@@ -3,6 +3,7 @@
 #include "StageGeometry.h"
 #include "StartupFrame.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
 #include <cmath>
@@ -36,8 +37,17 @@ StageWindow::StageWindow(QGraphicsScene* stage, QWidget* parent)
     setFocus();
 }
 
+bool StageWindow::windowSystemPlacesWindows()
+{
+    // A Wayland client never learns or sets where its windows are: the compositor places them,
+    // and a move would only leave Qt believing in a position that is not on the screen.
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
 void StageWindow::centreOnScreen()
 {
+    if (windowSystemPlacesWindows())
+        return;
     if (const QScreen* screen = this->screen())
         move(screen->availableGeometry().center() - rect().center());
 }
