@@ -5,7 +5,6 @@
 #include "AccessTree.h"
 
 #include "OrvanSwitch.h"
-#include "stage/StageGeometry.h"
 
 #include <QDir>
 #include <QProcess>
@@ -235,6 +234,8 @@ TEST(Wayland, EachDialogIsAModalChildOfTheWindowWithATitleBarAndItsKeys)
         const QSize framed = (dialog->size() + QSize(frame.left() + frame.right(), frame.top() + frame.bottom())) * outputScale();
         const QImage shot = compositorScreenshot([&](const QImage& s) { return changed(before, s).size() == framed; });
         EXPECT_EQ(changed(before, shot).size(), framed);
+        if (const QString keep = qEnvironmentVariable("ORVAN_WAYLAND_SHOTS"); !keep.isEmpty())
+            shot.save(QStringLiteral("%1/wayland-%2x-%3.png").arg(keep).arg(outputScale()).arg(c.name));
 
         press(*dialog, c.key);
         EXPECT_FALSE(c.asksStill(rig)) << "cancelled";
@@ -287,9 +288,9 @@ TEST(WaylandInput, OnlyTheTopStripMovesTheWindowAndTheCompositorMovesIt)
         }
         xdotool({"mouseup", "1"});
     };
-    const int strip = int(StageGeometry::kDragStripHeight * StageGeometry::kScale);
-    dragBy(start.topLeft() + QPoint(8, strip + 200), QPoint(150, 120)); // the backdrop beside the plates
-    dragBy(start.topLeft() + QPoint(650, strip / 2), QPoint(-120, 160));
+    // Window pixels: the backdrop below the plates' left edge, then the strip's middle.
+    dragBy(start.topLeft() + QPoint(8, 400), QPoint(150, -120));
+    dragBy(start.topLeft() + QPoint(650, 8), QPoint(-120, 160));
     QRect moved;
     const QImage shot = compositorScreenshot([&](const QImage& s) { return (moved = notDesktop(s)).topLeft() != start.topLeft(); });
     EXPECT_EQ(moved.size(), start.size());
