@@ -230,7 +230,7 @@ TEST(Wayland, EachDialogIsAModalChildOfTheWindowWithATitleBarAndItsKeys)
         EXPECT_EQ(dialog->windowTitle(), c.title);
         const QMargins frame = handle->frameMargins();
         EXPECT_GT(frame.top(), 16) << "a title bar";
-        // The compositor shows the whole dialog, title bar included, over the window.
+        // The compositor shows the whole dialog, title bar included: nothing of the window covers it.
         const QSize framed = (dialog->size() + QSize(frame.left() + frame.right(), frame.top() + frame.bottom())) * outputScale();
         const QImage shot = compositorScreenshot([&](const QImage& s) { return changed(before, s).size() == framed; });
         EXPECT_EQ(changed(before, shot).size(), framed);
