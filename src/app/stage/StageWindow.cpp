@@ -11,6 +11,15 @@
 
 namespace orvan {
 
+namespace {
+/// A Wayland client never learns or sets where its windows are: the compositor places them, and a
+/// move would only leave Qt believing in a position that is not on the screen.
+bool windowSystemPlacesWindows()
+{
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+} // namespace
+
 StageWindow::StageWindow(QGraphicsScene* stage, QWidget* parent)
     : QGraphicsView(stage, parent)
 {
@@ -35,13 +44,6 @@ StageWindow::StageWindow(QGraphicsScene* stage, QWidget* parent)
     // Arrow keys work at once, without a click; no focus ring is drawn on a graphics view.
     setFocusPolicy(Qt::StrongFocus);
     setFocus();
-}
-
-bool StageWindow::windowSystemPlacesWindows()
-{
-    // A Wayland client never learns or sets where its windows are: the compositor places them,
-    // and a move would only leave Qt believing in a position that is not on the screen.
-    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
 void StageWindow::centreOnScreen()

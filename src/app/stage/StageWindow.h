@@ -18,7 +18,6 @@ public:
     /// Places the window in the middle of its screen, unless the window system places windows
     /// itself (Wayland), where the window is left wherever the compositor puts it.
     void centreOnScreen();
-    static bool windowSystemPlacesWindows();
 
     /// Lets `frame` paint the window's first frame (it may come from the cache folder).
     void setStartupFrame(StartupFrame* frame) { m_startupFrame = frame; }
