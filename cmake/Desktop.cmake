@@ -107,6 +107,8 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_STRIP_FILES ON)
 # Not linked, so shlibdeps cannot find them: the window needs Qt's platform plugins.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-qpa-plugins")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-urw-base35")
+# Qt's Wayland plugin: without it the window runs through XWayland in a Wayland session (GNOME,
+# Plasma), where the compositor may not honour where the window asks to be.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-urw-base35, qt6-wayland")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 include(CPack)

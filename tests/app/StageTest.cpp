@@ -10,6 +10,7 @@
 
 #include <QIcon>
 #include <QLabel>
+#include <QScreen>
 
 using namespace orvan;
 using namespace orvan::test;
@@ -37,6 +38,8 @@ TEST(Stage, TheWindowIsTheFixedSizeUndecoratedStageTitledOrvanRCU)
     EXPECT_EQ(rig.window().maximumSize(), QSize(1298, 468));
     EXPECT_EQ(rig.window().mapFromScene(QPointF(1622, 585)), QPoint(1298, 468)) << "the whole stage at 0.8";
     EXPECT_TRUE(rig.window().hasFocus()) << "arrow keys work without a click";
+    QApplication::processEvents(); // the window is centred once shown (Wayland: WaylandTest)
+    EXPECT_EQ(rig.window().frameGeometry().center(), rig.window().screen()->availableGeometry().center());
     // Only the top strip moves the window; the footer names the release.
     EXPECT_NE(dynamic_cast<DragStripItem*>(rig.stage().itemAt(QPointF(700, 10), QTransform())), nullptr);
     EXPECT_EQ(dynamic_cast<DragStripItem*>(rig.stage().itemAt(QPointF(700, 30), QTransform())), nullptr);

@@ -52,6 +52,9 @@ done
 # Debian 12's hicolor theme has no folder above 512: an icon there would be found by nothing.
 grep -q '/hicolor/1024x1024/' <<<"$contents" && fail "icon in a folder the theme does not have"
 
+# In a Wayland session the window needs Qt's Wayland plugin to be a Wayland client at all.
+[[ $(dpkg-deb -f "$deb" Recommends) == *qt6-wayland* ]] || fail "package does not recommend qt6-wayland"
+
 # The changelog speaks of the version being packaged.
 version=$(dpkg-deb -f "$deb" Version)
 latest=$(gzip -dc "$unpacked/usr/share/doc/orvanrcu/changelog.gz" | sed -n 1p)

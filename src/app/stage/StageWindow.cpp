@@ -3,12 +3,22 @@
 #include "StageGeometry.h"
 #include "StartupFrame.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
 #include <cmath>
 #include <utility>
 
 namespace orvan {
+
+namespace {
+/// A Wayland client never learns or sets where its windows are: the compositor places them, and a
+/// move would only leave Qt believing in a position that is not on the screen.
+bool windowSystemPlacesWindows()
+{
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+} // namespace
 
 StageWindow::StageWindow(QGraphicsScene* stage, QWidget* parent)
     : QGraphicsView(stage, parent)
@@ -38,6 +48,8 @@ StageWindow::StageWindow(QGraphicsScene* stage, QWidget* parent)
 
 void StageWindow::centreOnScreen()
 {
+    if (windowSystemPlacesWindows())
+        return;
     if (const QScreen* screen = this->screen())
         move(screen->availableGeometry().center() - rect().center());
 }

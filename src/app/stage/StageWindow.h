@@ -21,7 +21,8 @@ public:
         m_onRedo = std::move(redo);
     }
 
-    /// Places the window in the middle of its screen (where the window system lets us).
+    /// Places the window in the middle of its screen, unless the window system places windows
+    /// itself (Wayland), where the window is left wherever the compositor puts it.
     void centreOnScreen();
 
     /// Lets `frame` paint the window's first frame (it may come from the cache folder).
