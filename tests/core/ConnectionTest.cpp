@@ -17,7 +17,7 @@ TEST_F(Connection, FindsTheUnitOnlyByTheExactNameOfBothEndpoints)
         {"destination only", {}, {"Orvan"}, false, -1},
         {"name only starts with the port name", {"Orvan 2"}, {"Orvan 2"}, false, -1},
         {"wrong case", {"orvan"}, {"ORVAN"}, false, -1},
-        {"unnamed endpoints are passed over", {std::nullopt, "Orvan"}, {std::nullopt, "Orvan"}, true, 1},
+        {"unnamed endpoints are passed over", {std::nullopt, "Orvan"}, {std::nullopt, "Orvan"}, true, 1, 1},
         {"among other units", {"Dunra", "Melko", "Orvan"}, {"Orvan", "Dunra"}, true, 2, 0},
         {"of two with the same name the first wins", {"Orvan", "Orvan"}, {"Orvan", "Orvan"}, true, 0, 0},
         {"only through PipeWire's sequencer bridge", {"Midi-Bridge:Orvan:(capture_0) Orvan MIDI 1"},
