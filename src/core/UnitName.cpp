@@ -35,6 +35,17 @@ bool ownerIsUnit(const QString& owner, const QString& unit)
     return product == unit || product.endsWith(QLatin1Char(' ') + unit);
 }
 
+/// Whether the client-and-port part of a bridged port name in PipeWire's newer spelling is the
+/// unit's: its client's name, then the port's name without that name in front ("Orvan MIDI 1" for
+/// a USB unit whose port is "Orvan MIDI 1"). A number right after the name is another unit's.
+bool clientAndPortIsUnit(const QString& clientAndPort, const QString& unit)
+{
+    if (clientAndPort == unit)
+        return true;
+    const QString rest = clientAndPort.mid(unit.size());
+    return clientAndPort.startsWith(unit) && rest.size() > 1 && rest.front() == QLatin1Char(' ') && !rest.at(1).isDigit();
+}
+
 } // namespace
 
 UnitNameMatch matchUnitName(const QString& endpointName, const QString& unitName)
@@ -44,12 +55,17 @@ UnitNameMatch matchUnitName(const QString& endpointName, const QString& unitName
     if (endpointName == unitName)
         return UnitNameMatch::direct;
 
+    const QString unit = bridgeSpelling(unitName);
     // Greedy owner: a card's long name may hold colons, the marker is the last one.
-    static const QRegularExpression bridged(
+    static const QRegularExpression withOwner(
         QStringLiteral("^(?:Midi-Bridge:)?(.+):\\((?:capture|playback)_\\d+\\) .*$"));
-    const auto m = bridged.match(endpointName);
-    return m.hasMatch() && ownerIsUnit(m.captured(1), bridgeSpelling(unitName)) ? UnitNameMatch::bridged
-                                                                                 : UnitNameMatch::none;
+    if (const auto m = withOwner.match(endpointName); m.hasMatch())
+        return ownerIsUnit(m.captured(1), unit) ? UnitNameMatch::bridged : UnitNameMatch::none;
+    static const QRegularExpression withAddress(
+        QStringLiteral("^(?:Midi-Bridge:)?(?:\\[\\d+:\\d+\\] )?(.+) \\((?:capture|playback)\\)$"));
+    if (const auto m = withAddress.match(endpointName); m.hasMatch())
+        return clientAndPortIsUnit(m.captured(1), unit) ? UnitNameMatch::bridged : UnitNameMatch::none;
+    return UnitNameMatch::none;
 }
 
 } // namespace orvan

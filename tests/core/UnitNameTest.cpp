@@ -43,6 +43,16 @@ INSTANTIATE_TEST_SUITE_P(Rows, UnitNames, testing::Values(
     NameRow{"Midi-Bridge:Orvan 1:(capture_0) Orvan MIDI 1", "Orvan", kBridged},
     NameRow{"Orvan Orvan at usb-0000:00:14-0-2- high speed:(playback_0) Orvan MIDI 1", "Orvan", kBridged},
     NameRow{"Melko at usb-0000:00:14-0-3- full speed:(capture_0) Melko MIDI 1", "Melko", kBridged},
+    // Newer versions: the sequencer address, the client's name and the port's name after it.
+    NameRow{"Midi-Bridge:[24:0] Orvan MIDI 1 (capture)", "Orvan", kBridged},
+    NameRow{"[24:0] Orvan MIDI 1 (playback)", "Orvan", kBridged},
+    NameRow{"Orvan MIDI 1 (capture)", "Orvan", kBridged},
+    NameRow{"[24:0] Orvan (capture)", "Orvan", kBridged},
+    NameRow{"[25:0] Dunra MIDI 1 (capture)", "Orvan", kNone},
+    NameRow{"[26:0] Orvan 2 MIDI 1 (capture)", "Orvan", kNone},
+    NameRow{"[27:0] OrvanX MIDI 1 (capture)", "Orvan", kNone},
+    NameRow{"[14:0] Midi Through Port-0 (capture)", "Orvan", kNone},
+    NameRow{"[24:0] Orvan MIDI 1 (monitor)", "Orvan", kNone},
     // The bridge's spelling: every character but letters, digits and " /_:()[]" becomes '-'.
     NameRow{"Orvan-8:(capture_0) Orvan-8 MIDI 1", "Orvan.8", kBridged},
     // Other units and other things through the bridge.
