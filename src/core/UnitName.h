@@ -17,13 +17,14 @@ enum class UnitNameMatch {
 /// Whether the endpoint named `endpointName` is the unit named `unitName`.
 ///
 /// Direct: the name itself. Bridged: a port of PipeWire's sequencer bridge ("Midi-Bridge"), with or
-/// without the bridge's node name in front. Up to PipeWire 1.0 it reads "<owner>:(capture_N) <port>"
-/// or "<owner>:(playback_N) <port>", the owner being the sequencer client's name ("Orvan"), that
-/// name and the card number ("Orvan 1"), or the card's long name ("Vendor Orvan at usb-0000:00:14-0-2-
-/// high speed"); later "[client:port] <client><port> (capture)", the port's name without the
-/// client's name in front ("[24:0] Orvan MIDI 1 (playback)"), the address left out when long names
-/// are off. PipeWire replaces every character of these but letters, digits and " /_:()[]" by '-',
-/// so the unit's name is compared the same way.
+/// without the bridge's node name in front. In PipeWire 0.3 and the versions after it that reads
+/// "<owner>:(capture_N) <port>" or "<owner>:(playback_N) <port>", the owner being the sequencer
+/// client's name ("Orvan"), that name and the card number ("Orvan 1"), or the card's long name
+/// ("Vendor Orvan at usb-0000:00:14-0-2- high speed"). Since the bridge speaks UMP it reads
+/// "[client:port] <client><port> (capture)", the port's name without the client's name in front
+/// ("[24:0] Orvan MIDI 1 (playback)"), the address left out when long names are off. PipeWire
+/// replaces every character of these but letters, digits and " /_:()[]" by '-', so the unit's
+/// name is compared the same way.
 UnitNameMatch matchUnitName(const QString& endpointName, const QString& unitName);
 
 } // namespace orvan
