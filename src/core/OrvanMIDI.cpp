@@ -3,6 +3,7 @@
 #include "ControlChange.h"
 #include "DemoMode.h"
 #include "DemoSamples.h"
+#include "UnitName.h"
 #include "time/Clock.h"
 
 #include <QCoreApplication>
@@ -77,17 +78,30 @@ void OrvanMIDI::connect()
     if (m_source != 0)
         m_system.disconnectSource(m_inPort, m_source);
 
-    const auto findByName = [this](int count, auto endpointAt) -> MidiEndpointRef {
+    // The unit's own name beats its name through a bridge: under PipeWire the same unit is seen
+    // both as the kernel sequencer client and through the graph, and driving it both ways would
+    // send every message and apply every report twice. Source and destination come from the best
+    // kind of name either has, so one unit is never driven through two systems at once.
+    struct Found {
+        MidiEndpointRef endpoint = 0;
+        UnitNameMatch match = UnitNameMatch::none;
+    };
+    const auto findByName = [this](int count, auto endpointAt) {
+        Found best;
         for (int i = 0; i < count; ++i) {
             const MidiEndpointRef endpoint = endpointAt(i);
             const auto name = m_system.displayName(endpoint);
-            if (name && *name == m_spec.portName)
-                return endpoint;
+            const UnitNameMatch match = name ? matchUnitName(*name, m_spec.portName) : UnitNameMatch::none;
+            if (match > best.match)
+                best = {endpoint, match};
         }
-        return 0;
+        return best;
     };
-    m_source = findByName(m_system.sourceCount(), [this](int i) { return m_system.source(i); });
-    m_destination = findByName(m_system.destinationCount(), [this](int i) { return m_system.destination(i); });
+    const Found source = findByName(m_system.sourceCount(), [this](int i) { return m_system.source(i); });
+    const Found destination = findByName(m_system.destinationCount(), [this](int i) { return m_system.destination(i); });
+    const UnitNameMatch kind = std::max(source.match, destination.match);
+    m_source = source.match == kind ? source.endpoint : 0;
+    m_destination = destination.match == kind ? destination.endpoint : 0;
 
     // The unit may have come back under the same name: make sure our output reaches it again.
     // A destination our messages cannot reach yet is not one: the system announces it once it is.
