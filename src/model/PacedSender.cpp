@@ -17,6 +17,16 @@ Step toggle(OrvanSwitch s, int channel, bool on)
     return Step{Step::Kind::toggle, channel, s, on ? 1 : 0, kPacing.afterMessage};
 }
 
+/// Runs its task when the last sequence holding it lets go: that is when a quit may go on.
+struct StopWaiter {
+    std::function<void()> whenStopped;
+    ~StopWaiter()
+    {
+        if (whenStopped)
+            whenStopped();
+    }
+};
+
 /// The running state of one sequence, shared by its scheduled continuations.
 struct Run {
     OrvanMIDI& midi;
@@ -25,7 +35,24 @@ struct Run {
     std::vector<Step> steps;
     PhantomConsent consent;
     std::size_t next = 0;
+    std::shared_ptr<StopWaiter> stop; ///< set while a quit waits for this sequence
 };
+
+/// Every sequence started, for stopAll (the main thread's only).
+std::vector<std::weak_ptr<Run>>& runs()
+{
+    static std::vector<std::weak_ptr<Run>> all;
+    return all;
+}
+
+bool isPhantomToggle(const Step& step) { return step.kind == Step::Kind::toggle && step.which == OrvanSwitch::phantom; }
+
+/// Between two +48V messages of one block: the block is one unit of sending.
+bool isInsidePhantomBlock(const Run& run)
+{
+    return run.next > 0 && run.next < run.steps.size() && isPhantomToggle(run.steps[run.next - 1])
+        && isPhantomToggle(run.steps[run.next]);
+}
 
 void perform(const Run& run, const Step& step)
 {
@@ -54,10 +81,17 @@ void runNext(const std::shared_ptr<Run>& run)
 {
     if (run->next >= run->steps.size() || !run->context)
         return;
+    if (run->stop && !isInsidePhantomBlock(*run)) {
+        run->next = run->steps.size();
+        run->stop.reset();
+        return;
+    }
     const Step step = run->steps[run->next++];
     perform(*run, step);
     if (run->next < run->steps.size())
         run->scheduler.schedule(step.pauseAfter, run->context, [run] { runNext(run); });
+    else
+        run->stop.reset();
 }
 
 } // namespace
@@ -91,8 +125,20 @@ std::vector<Step> PacedSender::plan(const DeviceSpec& spec, const QList<ChannelS
 void PacedSender::start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context, const QList<ChannelSnapshot>& snapshots,
                         PhantomConsent consent)
 {
-    auto run = std::make_shared<Run>(Run{midi, scheduler, context, plan(midi.spec(), snapshots), consent});
+    auto run = std::make_shared<Run>(Run{midi, scheduler, context, plan(midi.spec(), snapshots), consent, 0, nullptr});
+    std::erase_if(runs(), [](const std::weak_ptr<Run>& r) { return r.expired(); });
+    runs().push_back(run);
     scheduler.schedule(std::chrono::milliseconds(0), context, [run] { runNext(run); });
+}
+
+void PacedSender::stopAll(std::function<void()> whenStopped)
+{
+    auto waiter = std::make_shared<StopWaiter>(StopWaiter{std::move(whenStopped)});
+    for (const std::weak_ptr<Run>& weak : runs()) {
+        if (const auto run = weak.lock(); run && run->context && run->next < run->steps.size())
+            run->stop = waiter;
+    }
+    // With no sequence running, letting go of `waiter` here runs the task at once.
 }
 
 } // namespace orvan

@@ -6,6 +6,7 @@
 
 #include <QList>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -53,6 +54,11 @@ public:
     /// early only if `context` is destroyed.
     static void start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context, const QList<ChannelSnapshot>& snapshots,
                       PhantomConsent consent);
+
+    /// For quitting: every running sequence stops before its next message, except that one in the
+    /// middle of its +48V messages sends the rest of them first, at its pace (a unit never gets
+    /// half a +48V block). `whenStopped` runs once all have stopped, at once when none runs.
+    static void stopAll(std::function<void()> whenStopped);
 };
 
 } // namespace orvan
