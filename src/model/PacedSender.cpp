@@ -20,6 +20,9 @@ Step toggle(OrvanSwitch s, int channel, bool on)
 /// Runs its task when the last sequence holding it lets go: that is when a quit may go on.
 struct StopWaiter {
     std::function<void()> whenStopped;
+    StopWaiter() = default;
+    StopWaiter(const StopWaiter&) = delete; // a copy would run the task twice
+    StopWaiter& operator=(const StopWaiter&) = delete;
     ~StopWaiter()
     {
         if (whenStopped)
@@ -133,7 +136,8 @@ void PacedSender::start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context,
 
 void PacedSender::stopAll(std::function<void()> whenStopped)
 {
-    auto waiter = std::make_shared<StopWaiter>(StopWaiter{std::move(whenStopped)});
+    auto waiter = std::make_shared<StopWaiter>();
+    waiter->whenStopped = std::move(whenStopped);
     for (const std::weak_ptr<Run>& weak : runs()) {
         if (const auto run = weak.lock(); run && run->context && run->next < run->steps.size())
             run->stop = waiter;
