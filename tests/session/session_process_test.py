@@ -203,9 +203,10 @@ def cycle_open_change_save_quit(folder, unit):
         expect(f.read() == presets, "the preset file changed")
 
 
-def open_sends_nothing_unasked(folder, unit, state, what):
-    """An open whose state would switch +48V on waits for the question; a missing file sends nothing."""
-    session = folder + "/session"
+def open_sends_nothing_unasked(folder, unit, state, what, session_folder=""):
+    """An open whose state would switch +48V on waits for the question; a missing file sends nothing.
+    A session folder that is not there cannot be saved to: the manager hears the error."""
+    session = folder + session_folder + "/session"
     os.makedirs(folder)
     if state is not None:
         write_state(session, state)
@@ -219,8 +220,12 @@ def open_sends_nothing_unasked(folder, unit, state, what):
     expect(unit.received()[before:] == [], what + ": sent unasked: %s" % unit.received()[before:])
     start = len(app.manager.received)
     app.manager.save()
-    expect(app.reply_to("/nsm/client/save", start)[0] == "/reply", what + ": save reply")
-    expect(os.path.exists(session + ".json"), what + ": save wrote no file")
+    if session_folder:
+        reply = app.reply_to("/nsm/client/save", start)
+        expect(reply[0] == "/error" and reply[1][1] == -1, what + ": a failed save replied %s" % (reply,))
+    else:
+        expect(app.reply_to("/nsm/client/save", start)[0] == "/reply", what + ": save reply")
+        expect(os.path.exists(session + ".json"), what + ": save wrote no file")
     expect(app.quit() == 0, what + ": SIGTERM status")
 
 
@@ -261,6 +266,7 @@ def main():
             cycle_open_change_save_quit(folder + "/cycle", unit)
             open_sends_nothing_unasked(folder + "/phantom", unit, {"Orvan": [snapshot(10, phantom=True)]}, "+48V")
             open_sends_nothing_unasked(folder + "/new", unit, None, "new session")
+            open_sends_nothing_unasked(folder + "/gone", unit, None, "no session folder", "/gone")
             one_window_per_desktop(folder + "/single")
         unit.stop()
     finally:
