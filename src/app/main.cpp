@@ -57,7 +57,7 @@ int main(int argc, char** argv)
         return 0;
 
     orvan::SystemClock& time = orvan::SystemClock::shared();
-    orvan::OrvanRCUApp app(orvan::createHostMidiSystem(), time, time);
+    orvan::OrvanRCUApp app(orvan::createHostMidiSystem(sessionUrl.has_value()), time, time);
     orvan::ApplicationShell shell(app);
     QObject::connect(&instance, &orvan::SingleInstance::raiseRequested, &shell.window(), [&shell] {
         orvan::StageWindow& window = shell.window();

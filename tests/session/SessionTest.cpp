@@ -2,6 +2,7 @@
 #include "PacedSender.h"
 #include "SessionFile.h"
 #include "SessionRecall.h"
+#include "midi/GatedMidiSystem.h"
 
 #include <QTemporaryDir>
 
@@ -186,6 +187,33 @@ TEST_F(SessionTest, QuittingStopsPacedSendsButNeverCutsAPhantomBlockInHalf)
         EXPECT_EQ(rig.messages(), c.sent);
         EXPECT_EQ(stopped, 1);
     }
+}
+
+TEST_F(SessionTest, BeforeTheSessionOpensNoMidiClientExistsAndAfterwardsTheEngineFindsItsUnit)
+{
+    // given: a unit on the system behind the gate, and an engine over the gate
+    ManualClock clock;
+    VirtualMidiSystem* behind = nullptr;
+    GatedMidiSystem gate([&] {
+        auto system = std::make_unique<VirtualMidiSystem>(&clock);
+        system->addDevice(Catalogue::dunra().portName);
+        behind = system.get();
+        return system;
+    });
+    OrvanMIDI engine(Catalogue::dunra(), gate, clock);
+    engine.setGain(0, 8);
+    EXPECT_EQ(behind, nullptr) << "a MIDI system was opened before the session";
+    EXPECT_FALSE(engine.isConnected());
+    // when
+    gate.start();
+    QCoreApplication::processEvents();
+    // then
+    ASSERT_NE(behind, nullptr);
+    EXPECT_EQ(behind->clientNames(), QStringList{QStringLiteral("OrvanRCU-Dunra")});
+    ASSERT_TRUE(engine.isConnected());
+    engine.setGain(0, 8);
+    ASSERT_EQ(behind->sentTo(Catalogue::dunra().portName).size(), 1u);
+    EXPECT_EQ(behind->sentTo(Catalogue::dunra().portName).front().value(), 8);
 }
 
 } // namespace
