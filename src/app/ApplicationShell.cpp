@@ -1,6 +1,7 @@
 #include "ApplicationShell.h"
 
 #include "AfterFirstPaint.h"
+#include "CleanQuit.h"
 #include "OrvanRCUApp.h"
 #include "WheelEventFilter.h"
 #include "access/AccessLayer.h"
@@ -9,6 +10,7 @@
 #include "stage/StageScene.h"
 #include "stage/StageWindow.h"
 #include "stage/StartupFrame.h"
+#include "time/SystemClock.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -54,6 +56,7 @@ ApplicationShell::ApplicationShell(OrvanRCUApp& app)
     QPixmapCache::setCacheLimit(kPixmapCacheKilobytes);
     // Decoding the pictures loads Qt's image plugins: not before the window shows.
     afterFirstPaint(*m_window->viewport(), [this] { m_window->setWindowIcon(windowIcon()); });
+    new CleanQuit(*m_window, SystemClock::shared()); // the window owns it
     m_window->setArrowStepHandler([this](int steps) { m_stage->adjustFocused(steps); });
     new AccessLayer(*m_stage, *m_window); // the window owns it
     m_startupFrame = new StartupFrame(*m_window->viewport(), [&app] { return StageLook::describe(app); });

@@ -36,8 +36,9 @@ CleanQuit::CleanQuit(QWidget& window, Scheduler& scheduler)
     ::sigaction(SIGTERM, &action, nullptr);
     ::sigaction(SIGINT, &action, nullptr);
 
+    // The window's own shortcut: while a dialog is open it holds the keyboard, and Escape closes
+    // it first, as Cancel.
     auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), &window);
-    shortcut->setContext(Qt::ApplicationShortcut);
     connect(shortcut, &QShortcut::activated, this, &CleanQuit::request);
     window.installEventFilter(this);
 }

@@ -1,5 +1,4 @@
 #include "ApplicationShell.h"
-#include "CleanQuit.h"
 #include "HostMidi.h"
 #include "IconRenderer.h"
 #include "LaunchOptions.h"
@@ -66,7 +65,6 @@ int main(int argc, char** argv)
         window.raise();
         window.activateWindow();
     });
-    new orvan::CleanQuit(shell.window(), time); // the window owns it
     const auto session = sessionUrl ? orvan::SessionLink::connectTo(*sessionUrl, app, shell.window(), time) : nullptr;
     shell.show();
     if (session)
