@@ -59,6 +59,24 @@ def app_ports():
     return [port for port in listing if port.startswith("OrvanRCU-")]
 
 
+def udp_listen_addresses(pid):
+    """The local addresses of the process's UDP sockets, as /proc/net/udp gives them ("0100007F" is
+    127.0.0.1, "00000000" every interface)."""
+    inodes = set()
+    for fd in os.listdir("/proc/%d/fd" % pid):
+        target = os.readlink("/proc/%d/fd/%s" % (pid, fd))
+        if target.startswith("socket:["):
+            inodes.add(target[8:-1])
+    addresses = []
+    for table in ("/proc/net/udp", "/proc/net/udp6"):
+        with open(table) as f:
+            for row in f.readlines()[1:]:
+                fields = row.split()
+                if fields[9] in inodes:
+                    addresses.append(fields[1].split(":")[0])
+    return addresses
+
+
 class Simulator:
     """The unit: its log of what it received, "<frame> <hex bytes>" a line."""
 
@@ -142,6 +160,8 @@ def cycle_open_change_save_quit(folder, unit):
 
     app = Launch(folder)
     expect(app.announce() == ["OrvanRCU", ":dirty:", "orvanrcu", 1, 2, app.process.pid], "announce fields")
+    sockets = udp_listen_addresses(app.process.pid)
+    expect(sockets == ["0100007F"], "the session socket does not listen on loopback only: %s" % sockets)
     app.manager.pump(1.0)  # the window paints; without a session it would open MIDI now
     expect(app_ports() == [], "a MIDI client opened before the session did")
 
