@@ -69,6 +69,8 @@ def udp_listen_addresses(pid):
             inodes.add(target[8:-1])
     addresses = []
     for table in ("/proc/net/udp", "/proc/net/udp6"):
+        if not os.path.exists(table):
+            continue  # a kernel without IPv6
         with open(table) as f:
             for row in f.readlines()[1:]:
                 fields = row.split()
