@@ -1,6 +1,7 @@
 #include "ApplicationShell.h"
 
 #include "AfterFirstPaint.h"
+#include "CleanQuit.h"
 #include "OrvanRCUApp.h"
 #include "UndoHistory.h"
 #include "WheelEventFilter.h"
@@ -10,6 +11,7 @@
 #include "stage/StageScene.h"
 #include "stage/StageWindow.h"
 #include "stage/StartupFrame.h"
+#include "time/SystemClock.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -55,6 +57,7 @@ ApplicationShell::ApplicationShell(OrvanRCUApp& app)
     QPixmapCache::setCacheLimit(kPixmapCacheKilobytes);
     // Decoding the pictures loads Qt's image plugins: not before the window shows.
     afterFirstPaint(*m_window->viewport(), [this] { m_window->setWindowIcon(windowIcon()); });
+    new CleanQuit(*m_window, SystemClock::shared()); // the window owns it
     m_window->setArrowStepHandler([this](int steps) { m_stage->adjustFocused(steps); });
     UndoHistory& history = app.undoHistory();
     m_window->setHistoryHandlers([&history] { history.undo(); }, [&history] { history.redo(); });

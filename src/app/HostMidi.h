@@ -9,8 +9,8 @@ class QWidget;
 namespace orvan {
 
 /// The MIDI system the application talks to on this machine. Its slow part (JACK) waits for
-/// startHostMidiAfterFirstFrame.
-std::unique_ptr<MidiSystem> createHostMidiSystem();
+/// MidiSystem::start(); with `opensNothingBeforeStart` (under a session manager) so does ALSA.
+std::unique_ptr<MidiSystem> createHostMidiSystem(bool opensNothingBeforeStart = false);
 
 /// Starts `system` once `surface` has painted its first frame: the window never waits for a MIDI
 /// server, nor shares the processor with one while it first draws. The engines then learn of the

@@ -3,7 +3,10 @@
 #include "IconRenderer.h"
 #include "LaunchOptions.h"
 #include "access/AccessLayer.h"
+#include "NsmClient.h"
 #include "OrvanRCUApp.h"
+#include "SingleInstance.h"
+#include "session/SessionLink.h"
 #include "stage/StageWindow.h"
 #include "time/SystemClock.h"
 
@@ -45,10 +48,28 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("OrvanRCU"));
     QApplication::setDesktopFileName(QStringLiteral("org.orvanrcu.orvanrcu"));
 
+    // A session manager owns the launches it makes: those never hand over to a window started
+    // outside the session.
+    const std::optional<QString> sessionUrl = orvan::NsmClient::urlFromEnvironment();
+    orvan::SingleInstance instance(!sessionUrl.has_value());
+    if (instance.outcome() == orvan::SingleInstance::Outcome::handedOver)
+        return 0;
+
     orvan::SystemClock& time = orvan::SystemClock::shared();
-    orvan::OrvanRCUApp app(orvan::createHostMidiSystem(), time, time);
+    orvan::OrvanRCUApp app(orvan::createHostMidiSystem(sessionUrl.has_value()), time, time);
     orvan::ApplicationShell shell(app);
+    QObject::connect(&instance, &orvan::SingleInstance::raiseRequested, &shell.window(), [&shell] {
+        orvan::StageWindow& window = shell.window();
+        window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+        window.show();
+        window.raise();
+        window.activateWindow();
+    });
+    const auto session = sessionUrl ? orvan::SessionLink::connectTo(*sessionUrl, app, shell.window(), time) : nullptr;
     shell.show();
-    orvan::startHostMidiAfterFirstFrame(app.midiSystem(), *shell.window().viewport());
+    if (session)
+        session->startMidiWhenOpen(app.midiSystem(), *shell.window().viewport());
+    else
+        orvan::startHostMidiAfterFirstFrame(app.midiSystem(), *shell.window().viewport());
     return application.exec();
 }

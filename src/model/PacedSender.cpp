@@ -18,6 +18,19 @@ Step toggle(OrvanSwitch s, int channel, bool on)
     return Step{Step::Kind::toggle, channel, s, on ? 1 : 0, kPacing.afterMessage};
 }
 
+/// Runs its task when the last sequence holding it lets go: that is when a quit may go on.
+struct StopWaiter {
+    std::function<void()> whenStopped;
+    StopWaiter() = default;
+    StopWaiter(const StopWaiter&) = delete; // a copy would run the task twice
+    StopWaiter& operator=(const StopWaiter&) = delete;
+    ~StopWaiter()
+    {
+        if (whenStopped)
+            whenStopped();
+    }
+};
+
 /// The running state of one sequence, shared by its scheduled continuations.
 struct Run {
     OrvanMIDI& midi;
@@ -27,7 +40,24 @@ struct Run {
     PhantomConsent consent;
     std::function<void()> onFinished;
     std::size_t next = 0;
+    std::shared_ptr<StopWaiter> stop; ///< set while a quit waits for this sequence
 };
+
+/// Every sequence started, for stopAll (the main thread's only).
+std::vector<std::weak_ptr<Run>>& runs()
+{
+    static std::vector<std::weak_ptr<Run>> all;
+    return all;
+}
+
+bool isPhantomToggle(const Step& step) { return step.kind == Step::Kind::toggle && step.which == OrvanSwitch::phantom; }
+
+/// Between two +48V messages of one block: the block is one unit of sending.
+bool isInsidePhantomBlock(const Run& run)
+{
+    return run.next > 0 && run.next < run.steps.size() && isPhantomToggle(run.steps[run.next - 1])
+        && isPhantomToggle(run.steps[run.next]);
+}
 
 void perform(OrvanMIDI& midi, PhantomConsent consent, const Step& step)
 {
@@ -54,6 +84,8 @@ void perform(OrvanMIDI& midi, PhantomConsent consent, const Step& step)
 
 void finish(const std::shared_ptr<Run>& run)
 {
+    run->next = run->steps.size();
+    run->stop.reset();
     if (run->context && run->onFinished)
         run->onFinished();
 }
@@ -62,7 +94,7 @@ void runNext(const std::shared_ptr<Run>& run)
 {
     if (!run->context)
         return;
-    if (run->next >= run->steps.size()) {
+    if (run->next >= run->steps.size() || (run->stop && !isInsidePhantomBlock(*run))) {
         finish(run);
         return;
     }
@@ -182,6 +214,8 @@ void PacedSender::start(OrvanMIDI& midi, Scheduler& scheduler, QObject* context,
                         PhantomConsent consent, std::function<void()> onFinished)
 {
     auto run = std::make_shared<Run>(Run{midi, scheduler, context, std::move(steps), consent, std::move(onFinished)});
+    std::erase_if(runs(), [](const std::weak_ptr<Run>& r) { return r.expired(); });
+    runs().push_back(run);
     scheduler.schedule(std::chrono::milliseconds(0), context, [run] { runNext(run); });
 }
 
@@ -189,6 +223,17 @@ void PacedSender::sendNow(OrvanMIDI& midi, const std::vector<Step>& steps, Phant
 {
     for (const Step& step : steps)
         perform(midi, consent, step);
+}
+
+void PacedSender::stopAll(std::function<void()> whenStopped)
+{
+    auto waiter = std::make_shared<StopWaiter>();
+    waiter->whenStopped = std::move(whenStopped);
+    for (const std::weak_ptr<Run>& weak : runs()) {
+        if (const auto run = weak.lock(); run && run->context && run->next < run->steps.size())
+            run->stop = waiter;
+    }
+    // With no sequence running, letting go of `waiter` here runs the task at once.
 }
 
 } // namespace orvan

@@ -71,6 +71,11 @@ public:
                       PhantomConsent consent, std::function<void()> onFinished = {});
     /// Sends steps at once, without pauses: for a plan of one message.
     static void sendNow(OrvanMIDI& midi, const std::vector<Step>& steps, PhantomConsent consent);
+
+    /// For quitting: every running sequence stops before its next message, except that one in the
+    /// middle of its +48V messages sends the rest of them first, at its pace (a unit never gets
+    /// half a +48V block). `whenStopped` runs once all have stopped, at once when none runs.
+    static void stopAll(std::function<void()> whenStopped);
 };
 
 } // namespace orvan

@@ -20,7 +20,7 @@ QString url(const DeviceSpec& spec);
 /// A preset list is a few kilobytes; a larger file is not one and reads as an empty list.
 constexpr qint64 kLargestFile = 16 * 1024 * 1024;
 
-/// Writes the whole list to the unit's file, atomically and durably, and removes what earlier
+/// Writes the whole list to the unit's file, atomically and durably (AtomicFile), and removes what earlier
 /// interrupted saves of the unit left behind. A list that cannot be encoded writes nothing.
 void save(const Presets& presets, const DeviceSpec& spec);
 
@@ -36,15 +36,5 @@ QByteArray encode(const Presets& presets);
 /// must be exactly the 36-character hyphenated form (either case), a gain an integer that fits 64
 /// bits, a name valid text.
 std::optional<Presets> decode(const QByteArray& bytes);
-
-/// How far a write goes; `stopBeforeRename` leaves the whole temporary file behind, as a save
-/// killed just before its rename does, so tests can interrupt a write.
-enum class WriteStage { complete, stopBeforeRename };
-
-/// Removes the leftovers of interrupted saves of `path`, writes a locked temporary file beside it,
-/// flushes it to disk, renames it over `path` (whatever the old file's mode; a symlink there is
-/// replaced, not followed) and syncs the folder so the rename survives a power cut. Returns whether
-/// the new bytes are in place.
-bool writeAtomically(const QString& path, const QByteArray& bytes, WriteStage stage = WriteStage::complete);
 
 } // namespace orvan::PresetStorage

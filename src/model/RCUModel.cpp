@@ -306,22 +306,27 @@ void RCUModel::stepPreset(qint64 d)
 
 void RCUModel::requestRecall()
 {
-    const auto preset = currentPreset();
-    if (!isConnected() || !preset)
+    if (const auto preset = currentPreset())
+        requestRecall(*preset);
+}
+
+void RCUModel::requestRecall(const Preset& preset)
+{
+    if (!isConnected())
         return;
     const auto& states = m_midi.channels();
     // Only channels the unit has are asked about; extra entries of a hand-edited preset are never sent.
-    const qsizetype n = std::min<qsizetype>(preset->channels.size(), states.size());
+    const qsizetype n = std::min<qsizetype>(preset.channels.size(), states.size());
     bool switchesPhantomOn = false;
     for (qsizetype i = 0; i < n; ++i)
-        switchesPhantomOn = switchesPhantomOn || (preset->channels[i].phantom && !states[i].phantom);
+        switchesPhantomOn = switchesPhantomOn || (preset.channels[i].phantom && !states[i].phantom);
     if (switchesPhantomOn) {
         setPendingRecall(preset);
         return;
     }
     // Nothing would switch on, so the recall needs no question: +48V may only be held where it is on.
     setPendingRecall(std::nullopt);
-    send(preset->channels, false);
+    send(preset.channels, false);
 }
 
 void RCUModel::recall(const Preset& preset)

@@ -77,6 +77,8 @@ public:
     void stepPreset(qint64 d);
     /// Recalls the current preset, asking first (`pendingRecall`) when it would switch +48V on.
     void requestRecall();
+    /// Recalls `preset` the same way, whatever preset is current (a session's state on open).
+    void requestRecall(const Preset& preset);
     /// Sends a preset as a confirmed recall (the recall dialog's confirm button).
     void recall(const Preset& preset);
     void confirmPhantom();

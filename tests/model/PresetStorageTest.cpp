@@ -1,4 +1,5 @@
 #include "ModelRig.h"
+#include "AtomicFile.h"
 
 #include <QTemporaryDir>
 
@@ -154,7 +155,7 @@ TEST_F(PresetStorageTest, ASaveRemovesWhatInterruptedSavesOfItsUnitLeftButNothin
     // given: an interrupted save, and names that are not this unit's leftovers or are held by a live save
     PresetStorage::save({twoChannelExample()}, spec);
     const QByteArray before = readAll(path);
-    EXPECT_FALSE(PresetStorage::writeAtomically(path, "[]", PresetStorage::WriteStage::stopBeforeRename));
+    EXPECT_FALSE(AtomicFile::write(path, "[]", AtomicFile::Stage::stopBeforeRename));
     EXPECT_EQ(readAll(path), before);
     EXPECT_EQ(entriesBeside(path).size(), 2) << "the interrupted save left its temporary file";
     const QDir folder = QFileInfo(path).dir();

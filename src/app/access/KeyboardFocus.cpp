@@ -22,10 +22,7 @@ KeyboardFocus::KeyboardFocus(QAbstractScrollArea& window, QGraphicsScene& scene,
     scene.addItem(m_ring);
     window.installEventFilter(this);
     window.viewport()->installEventFilter(this);
-
-    // While a dialog is open it holds the keyboard: Escape closes it first, as Cancel.
-    auto* quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), &window);
-    connect(quit, &QShortcut::activated, qApp, &QCoreApplication::quit);
+    // Ctrl+Q belongs to CleanQuit, the one way out.
 }
 
 void KeyboardFocus::setFocused(const AccessControl* control)
