@@ -274,15 +274,14 @@ TEST(WindowPixels, PlatesInTheBackgroundLookExactlyLikePlatesAsLayers)
 
 namespace {
 
-/// A private, empty cache folder for as long as it lives.
+/// A private, empty cache folder that the rigs given its `path` share.
 struct CacheFolder {
-    CacheFolder() { qputenv("XDG_CACHE_HOME", home.path().toLocal8Bit()); }
-    ~CacheFolder() { qunsetenv("XDG_CACHE_HOME"); }
+    QString path() const { return home.path(); }
     /// Every layer file with its contents.
     std::map<QString, QByteArray> layers() const
     {
         std::map<QString, QByteArray> found;
-        const QDir dir(StaticLayerCache::directory());
+        const QDir dir(home.filePath(QStringLiteral("OrvanRCU")));
         for (const QString& name : dir.entryList(QDir::Files | QDir::System)) {
             const QFileInfo info(dir.filePath(name));
             QFile file(info.filePath());
@@ -302,9 +301,9 @@ ino_t inode(const QString& path)
 
 /// A fresh start of the app in demo mode, its window as shown, then the zero-time tasks that
 /// follow a frame (the cache is written there).
-QImage startAndPaint()
+QImage startAndPaint(const CacheFolder& cache)
 {
-    StageRig rig({}, true);
+    StageRig rig({}, true, cache.path());
     const QImage image = rig.windowImage();
     QApplication::processEvents();
     return image;
@@ -341,7 +340,7 @@ TEST(StartupFrame, ASecondStartWithTheSameLookShowsTheFirstStartsFrameAndNoOther
         SCOPED_TRACE(start.look);
         QImage painted;
         {
-            StageRig first(start.units, start.demo);
+            StageRig first(start.units, start.demo, cache.path());
             painted = onScreen(first);
             EXPECT_FALSE(first.shell->startupFrame().wasShown());
             QApplication::processEvents(); // the task that writes what the check stored
@@ -351,7 +350,7 @@ TEST(StartupFrame, ASecondStartWithTheSameLookShowsTheFirstStartsFrameAndNoOther
             written[path] = inode(path);
         ASSERT_GE(written.size(), 4u) << "the plates and the frame were kept";
 
-        StageRig second(start.units, start.demo);
+        StageRig second(start.units, start.demo, cache.path());
         EXPECT_EQ(onScreen(second), painted);
         EXPECT_TRUE(second.shell->startupFrame().wasShown());
         EXPECT_FALSE(second.shell->startupFrame().wasRepainted());
@@ -368,7 +367,7 @@ TEST(StartupFrame, AFrameThatDiffersFromAFreshRenderIsRepaintedAndReplaced)
     CacheFolder cache;
     QImage fresh;
     {
-        StageRig first({}, true);
+        StageRig first({}, true, cache.path());
         fresh = onScreen(first);
         QImage wrong = first.window().viewport()->grab().toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
         QPainter(&wrong).fillRect(QRect(QPoint(0, 0), wrong.size() / 2), Qt::red);
@@ -377,7 +376,7 @@ TEST(StartupFrame, AFrameThatDiffersFromAFreshRenderIsRepaintedAndReplaced)
         StaticLayerCache::writePending();
     }
     for (const bool replaced : {false, true}) {
-        StageRig rig({}, true);
+        StageRig rig({}, true, cache.path());
         EXPECT_EQ(onScreen(rig), fresh);
         EXPECT_TRUE(rig.shell->startupFrame().wasShown());
         EXPECT_EQ(rig.shell->startupFrame().wasRepainted(), !replaced);
@@ -416,14 +415,14 @@ TEST(LayerCache, ADamagedLayerGivesTheFreshRenderAndIsReplaced)
         {"a link to /dev/zero", replaceWith([](const char* p) { return ::symlink("/dev/zero", p); })},
     };
     CacheFolder cache;
-    const QImage fresh = startAndPaint();
+    const QImage fresh = startAndPaint(cache);
     const std::map<QString, QByteArray> good = cache.layers();
     ASSERT_FALSE(good.empty());
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         for (const auto& [path, bytes] : good)
             c.damage(path);
-        EXPECT_EQ(startAndPaint(), fresh);
+        EXPECT_EQ(startAndPaint(cache), fresh);
         EXPECT_EQ(cache.layers(), good);
     }
 }
