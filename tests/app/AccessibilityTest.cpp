@@ -80,6 +80,43 @@ TEST(Accessibility, EveryControlIsFoundByNameWithItsRoleAndTooltip)
     }
 }
 
+// A lamp read under one name and wired to another switch would have a blind user turn on what
+// they did not hear: every lamp of every channel is checked by, and toggles, the switch it names.
+TEST(Accessibility, EveryLampIsNamedAfterTheSwitchItShowsAndToggles)
+{
+    const struct {
+        const char* unit;
+        int channels;
+        const char* name; ///< "%1" is the channel number
+        int offset;
+    } lamps[] = {
+        {"Orvan", 8, "Channel %1 48V", phantomOffset},   {"Orvan", 8, "Channel %1 polarity", polarityOffset},
+        {"Orvan", 8, "Channel %1 pad", padOffset},       {"Orvan", 8, "Channel %1 mute", muteOffset},
+        {"Dunra", 2, "Channel %1 DI", diOffset},         {"Dunra", 2, "Channel %1 48V", phantomOffset},
+        {"Dunra", 2, "Channel %1 polarity", polarityOffset}, {"Dunra", 2, "Channel %1 pad", padOffset},
+        {"Dunra", 2, "Channel %1 mute", muteOffset},     {"Melko", 1, "HPF 78 Hz", hpfOffset},
+        {"Melko", 1, "48V", phantomOffset},              {"Melko", 1, "Polarity", polarityOffset},
+        {"Melko", 1, "Pad", padOffset},                  {"Melko", 1, "Mute", muteOffset},
+    };
+    AccessRig rig({"Orvan", "Dunra", "Melko"});
+    for (const auto& lamp : lamps) {
+        for (int ch = 0; ch < lamp.channels; ++ch) {
+            const QString name = QString::fromUtf8(lamp.name).arg(ch + 1);
+            SCOPED_TRACE(std::string(lamp.unit) + "/" + name.toStdString());
+            QAccessibleInterface* control = rig.control(lamp.unit, name);
+            ASSERT_NE(control, nullptr);
+            rig.report(lamp.unit, controller(ch, lamp.offset), kSwitchOnValue);
+            EXPECT_TRUE(control->state().checked);
+            rig.midi->clearSent();
+            act(control, QAccessibleActionInterface::toggleAction());
+            const bool listenOnly = QString(lamp.unit) == "Melko"; // listened to, never driven
+            EXPECT_EQ(rig.sent(lamp.unit), (listenOnly ? Sent{} : Sent{{controller(ch, lamp.offset), 0}}));
+            rig.report(lamp.unit, controller(ch, lamp.offset), 0);
+            EXPECT_FALSE(control->state().checked);
+        }
+    }
+}
+
 TEST(Accessibility, ValuesAndStatesFollowWhatTheUnitReportsAndTheSelection)
 {
     AccessRig rig({"Orvan"});

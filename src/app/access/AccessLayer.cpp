@@ -26,9 +26,9 @@ AccessLayer::AccessLayer(StageScene& stage, QGraphicsView& window)
 {
     installFactory();
     // Reading order on the stage: the Dunra at the top left, the Orvan under it, then the Melko.
-    m_panels.push_back(dunraAccess(*stage.dunraPanel()));
-    m_panels.push_back(orvanAccess(*stage.orvanPanel()));
-    m_panels.push_back(melkoAccess(*stage.melkoPanel()));
+    m_panels.push_back(panelAccess(dunraFace(*stage.dunraPanel())));
+    m_panels.push_back(panelAccess(orvanFace(*stage.orvanPanel())));
+    m_panels.push_back(panelAccess(melkoFace(*stage.melkoPanel())));
 
     std::vector<const AccessControl*> order;
     for (const PanelAccess& panel : m_panels) {
