@@ -5,11 +5,14 @@
 #include "items/LampRowItem.h"
 #include "items/ReadoutItem.h"
 #include "items/GlossButtonItem.h"
+#include "items/KnobItem.h"
 #include "panels/ChannelColumn.h"
 #include "panels/DunraPanelItem.h"
+#include "panels/MelkoPanelItem.h"
 #include "panels/OrvanPanelItem.h"
 #include "panels/PlatePainting.h"
 #include "stage/DemoPillItem.h"
+#include "stage/StageGeometry.h"
 #include "StaticLayerCache.h"
 #include "stage/StageLook.h"
 #include "stage/StartupFrame.h"
@@ -84,11 +87,12 @@ TEST(WindowPixels, TheBackdropFadesToBlackWithACoolGlowFromTheTopRight)
     StageRig rig;
     const QImage window = rig.windowImage();
     // Top: white 0.045 under the glow's (0.35, 0.40, 0.55) at 0.28; bottom left: black, out of reach.
-    const QRgb topRight = rig.windowPixel(window, QPointF(1620, 1));
+    const QSizeF canvas = StageGeometry::kCanvas;
+    const QRgb topRight = rig.windowPixel(window, QPointF(canvas.width() - 2, 1));
     EXPECT_NEAR(qRed(topRight), 33, 4);
     EXPECT_NEAR(qGreen(topRight), 37, 4);
     EXPECT_NEAR(qBlue(topRight), 47, 4);
-    const QRgb bottomLeft = rig.windowPixel(window, QPointF(2, 583));
+    const QRgb bottomLeft = rig.windowPixel(window, QPointF(2, canvas.height() - 2));
     EXPECT_LE(grey(bottomLeft), 2);
 }
 
@@ -121,15 +125,17 @@ TEST(WindowPixels, ALitSelectButtonGlowsBlueOverItsBlackBezel)
 // opacity from 0.6.
 TEST(WindowPixels, AMissingUnitsPanelIsDimmedAndTheMelkosDarkenedFirst)
 {
+    StageRig rig;
+    const PanelItem* orvan = rig.stage().orvanPanel();
+    const PanelItem* melko = rig.stage().melkoPanel();
     const struct {
         const char* unit;
         QPointF bare, beside;
         int lowering;
     } cases[] = {
-        {"Orvan", {24 + 300, 24 + 132 + 3 + 240}, {3, 24 + 132 + 3 + 240}, 0},
-        {"Melko", {1486 + 100, 24 + 305}, {1486 + 130, 24 + 305}, 89},
+        {"Orvan", at(orvan, {300, 240}), at(orvan, {-21, 240}), 0},
+        {"Melko", at(melko, {100, 305}), at(melko, {melko->plateSize().width() + 18, 305}), 89},
     };
-    StageRig rig;
     const QImage absent = rig.windowImage();
     DemoMode::shared().setActive(true); // demo mode shows every plate as present
     const QImage present = rig.windowImage();
@@ -185,11 +191,15 @@ TEST(WindowPixels, TheDunraJackLabelsStandCentredOnTheirPoint)
 {
     StageRig rig;
     const QImage window = rig.windowImage();
-    const QPointF plate = at(rig.shell->stage().dunraPanel());
-    // The lettering is the only light ink between the jacks and the knob.
+    const DunraPanelItem* panel = rig.stage().dunraPanel();
+    const QPointF plate = at(panel);
+    const QPointF labels = DunraLayout().jackLabels;
+    // The lettering is the only light ink between the jacks and the knob: probed from the knob's
+    // left edge to as far on the other side of the lettering's centre.
+    const double knobLeft = panel->knob()->mapRectToParent(panel->knob()->boundingRect()).left();
     double left = 1e9, right = -1e9;
-    for (double y = 74 - 20; y <= 74 + 20; y += 0.5) {
-        for (double x = 1025; x <= 1098; x += 0.25) {
+    for (double y = labels.y() - 20; y <= labels.y() + 20; y += 0.5) {
+        for (double x = 2 * labels.x() - knobLeft; x <= knobLeft; x += 0.25) {
             if (grey(rig.windowPixel(window, plate + QPointF(x, y))) > 80) {
                 left = std::min(left, x);
                 right = std::max(right, x);
@@ -197,7 +207,7 @@ TEST(WindowPixels, TheDunraJackLabelsStandCentredOnTheirPoint)
         }
     }
     ASSERT_LT(left, right);
-    EXPECT_NEAR((left + right) / 2, 1058, 1.5);
+    EXPECT_NEAR((left + right) / 2, labels.x(), 1.5);
 }
 
 TEST(ScriptName, EachShadowLiesOneOffsetFurtherOut)

@@ -39,7 +39,6 @@ constexpr QPointF kGainLabel{395, 66};
 constexpr double kSharedY = 66;
 constexpr QSizeF kSharedButton{46, 24};
 constexpr QPointF kJacks[] = {{1000, 50}, {1000, 98}};
-constexpr QPointF kJackLabels{1058, 74};
 constexpr QPointF kKnob{1130, 66};
 constexpr double kKnobScale = 0.82;
 constexpr QPointF kKnobLabels{1205, 70};
@@ -217,7 +216,8 @@ void DunraPanelItem::paintPlate(QPainter& painter) const
     for (const QString& label : jackLabels)
         stackWidth = std::max(stackWidth, letteringWidth(label, jackStyle));
     for (int i = 0; i < jackLabels.size(); ++i) {
-        const QRectF box(kJackLabels.x() - stackWidth / 2, kJackLabels.y() + (i - 1) * lineHeight - 6, stackWidth + 1, 12);
+        const QRectF box(m_layout.jackLabels.x() - stackWidth / 2, m_layout.jackLabels.y() + (i - 1) * lineHeight - 6,
+                         stackWidth + 1, 12);
         drawLettering(painter, box, Qt::AlignLeft | Qt::AlignVCenter, jackLabels[i], jackStyle);
     }
 
