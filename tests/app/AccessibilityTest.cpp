@@ -117,29 +117,33 @@ TEST(Accessibility, EveryLampIsNamedAfterTheSwitchItShowsAndToggles)
     }
 }
 
-TEST(Accessibility, ValuesAndStatesFollowWhatTheUnitReportsAndTheSelection)
+TEST(Accessibility, AGainControlReadsTheReportedGainWithItsRangeAndStep)
 {
     AccessRig rig({"Orvan"});
     QAccessibleInterface* gain = rig.control("Orvan", "Channel 2 gain");
-    QAccessibleInterface* knob = rig.control("Orvan", "Gain knob");
     EXPECT_EQ(gain->text(QAccessible::Value), "unknown");
     EXPECT_FALSE(gain->valueInterface()->currentValue().isValid());
-    EXPECT_EQ(knob->text(QAccessible::Value), "no channel selected");
 
     rig.report("Orvan", controller(1, gainOffset), 8);
-    rig.report("Orvan", controller(1, phantomOffset), kSwitchOnValue);
     EXPECT_EQ(gain->text(QAccessible::Value), "24 dB");
     const QAccessibleValueInterface* value = gain->valueInterface();
     EXPECT_EQ((QList<int>{value->currentValue().toInt(), value->minimumValue().toInt(), value->maximumValue().toInt(),
                           value->minimumStepSize().toInt()}),
               (QList<int>{24, 18, 70, 3}));
-    EXPECT_TRUE(rig.control("Orvan", "Channel 2 48V")->state().checked);
-    EXPECT_FALSE(rig.control("Orvan", "Channel 1 48V")->state().checked);
+}
+
+TEST(Accessibility, TheSelectionShowsOnTheSelectButtonTheReadoutTheKnobAndTheStatusDisplay)
+{
+    AccessRig rig({"Orvan"});
+    rig.report("Orvan", controller(1, gainOffset), 8);
+    QAccessibleInterface* knob = rig.control("Orvan", "Gain knob");
+    EXPECT_EQ(knob->text(QAccessible::Value), "no channel selected");
 
     act(rig.control("Orvan", "Select channel 2"), QAccessibleActionInterface::toggleAction());
     EXPECT_EQ(rig.orvan().selected(), QList<int>{1});
     EXPECT_TRUE(rig.control("Orvan", "Select channel 2")->state().checked);
-    EXPECT_TRUE(gain->state().selected);
+    EXPECT_TRUE(rig.control("Orvan", "Channel 2 gain")->state().selected);
+    EXPECT_FALSE(rig.control("Orvan", "Channel 1 gain")->state().selected);
     EXPECT_EQ(knob->text(QAccessible::Value), "24 dB");
     QAccessibleInterface* status = rig.control("Orvan", "Orvan USB: Linked, Ch 2 24dB");
     ASSERT_NE(status, nullptr) << "the status display reads as its two lines";
@@ -147,7 +151,7 @@ TEST(Accessibility, ValuesAndStatesFollowWhatTheUnitReportsAndTheSelection)
     EXPECT_EQ(status->text(QAccessible::Description), "Orvan status display");
 }
 
-TEST(Accessibility, ActionsSendWhatAClickSendsAndPhantomPowerAndResetAskFirst)
+TEST(Accessibility, ActionsSendWhatAClickSends)
 {
     AccessRig rig({"Orvan"});
     rig.report("Orvan", controller(0, gainOffset), 8);
@@ -157,10 +161,14 @@ TEST(Accessibility, ActionsSendWhatAClickSendsAndPhantomPowerAndResetAskFirst)
     EXPECT_EQ(rig.sent("Orvan"), (Sent{{controller(0, padOffset), kSwitchOnValue},
                                        {controller(0, gainOffset), 9},
                                        {controller(0, gainOffset), 11}}));
+}
 
+TEST(Accessibility, PhantomPowerAndResetAskBeforeAnythingIsSent)
+{
+    AccessRig rig({"Orvan"});
     act(rig.control("Orvan", "Channel 4 48V"), QAccessibleActionInterface::toggleAction());
     EXPECT_EQ(rig.orvan().pendingPhantom(), QList<int>{3}) << "+48V asks first";
     act(rig.control("Orvan", "Power"), QAccessibleActionInterface::pressAction());
     EXPECT_TRUE(rig.orvan().pendingReset()) << "POWER asks before resetting";
-    EXPECT_EQ(rig.sent("Orvan").size(), 3u);
+    EXPECT_TRUE(rig.sent("Orvan").empty());
 }
