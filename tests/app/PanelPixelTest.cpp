@@ -393,6 +393,22 @@ TEST(StartupFrame, AFrameThatDiffersFromAFreshRenderIsRepaintedAndReplaced)
     }
 }
 
+// A rig paints into a cache of its own and leaves the environment as it found it, so a later test
+// neither finds its layers nor writes into the user's real cache.
+TEST(LayerCache, EachRigPaintsIntoItsOwnCacheAndPutsTheEnvironmentBack)
+{
+    CacheFolder outer;
+    const ScopedEnv outerCache("XDG_CACHE_HOME", outer.path());
+    {
+        StageRig rig({}, true);
+        rig.windowImage();
+        QApplication::processEvents(); // the task that writes the layers
+        EXPECT_FALSE(QDir(rig.ownCacheHome.filePath(QStringLiteral("OrvanRCU"))).isEmpty());
+    }
+    EXPECT_EQ(qEnvironmentVariable("XDG_CACHE_HOME"), outer.path());
+    EXPECT_TRUE(outer.layers().empty());
+}
+
 // Whatever lies in the cache, the window shows the fresh render, and the file is put right.
 TEST(LayerCache, ADamagedLayerGivesTheFreshRenderAndIsReplaced)
 {

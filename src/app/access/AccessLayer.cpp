@@ -2,7 +2,7 @@
 
 #include "ControlAccessible.h"
 #include "KeyboardFocus.h"
-#include "PanelAccessTables.h"
+#include "PanelAccess.h"
 #include "PanelGroupAccessible.h"
 #include "StageAccessible.h"
 #include "stage/DemoPillItem.h"

@@ -1,4 +1,4 @@
-#include "PanelAccessTables.h"
+#include "PanelAccess.h"
 
 #include "ChannelColumn.h"
 #include "ControlBuilders.h"
