@@ -24,7 +24,8 @@ PanelFace orvanFace(OrvanPanelItem& panel)
     PanelFace face{.panel = &panel, .name = QStringLiteral("Orvan"), .power = panel.powerButton(),
                    .knobChannel = lowestSelected(panel.model())};
     for (const ChannelColumn* column : panel.columns())
-        face.strips.push_back({column->readout(), {column->rows().begin(), column->rows().end()}, column->selectButton()});
+        face.strips.push_back(
+            {column->readout(), {column->rows().begin(), column->rows().end()}, column->selectButton()});
     face.rest.assign(panel.sharedButtons().begin(), panel.sharedButtons().end());
     face.rest.insert(face.rest.end(), {panel.statusDisplay(), panel.presetDisplay()});
     face.rest.insert(face.rest.end(), panel.presetButtons().begin(), panel.presetButtons().end());

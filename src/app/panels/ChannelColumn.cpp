@@ -37,7 +37,8 @@ const QList<Row>& rowTable()
     static const QList<Row> table{
         {104, QStringLiteral("I/O"), LampColors::green, std::nullopt, QStringLiteral("Channel %1 I/O")},
         {121, QStringLiteral("48V"), LampColors::red, OrvanSwitch::phantom, QStringLiteral("Channel %1 48V")},
-        {155, QStringLiteral("POL \u00D8"), LampColors::yellow, OrvanSwitch::polarity, QStringLiteral("Channel %1 polarity")},
+        {155, QStringLiteral("POL \u00D8"), LampColors::yellow, OrvanSwitch::polarity,
+         QStringLiteral("Channel %1 polarity")},
         {172, QStringLiteral("PAD"), LampColors::orange, OrvanSwitch::pad, QStringLiteral("Channel %1 pad")},
         {189, QStringLiteral("MUTE"), LampColors::red, OrvanSwitch::mute, QStringLiteral("Channel %1 mute")},
     };

@@ -53,11 +53,14 @@ const std::array<Row, 5>& rows()
     static const std::array<Row, 5> table{{
         {OrvanSwitch::hpf, QStringLiteral("HPF"), LampColors::yellow, QStringLiteral("HPF 78 Hz"),
          QStringLiteral("HPF button")},
-        {OrvanSwitch::phantom, QStringLiteral("48V"), LampColors::red, QStringLiteral("48V"), QStringLiteral("48V button")},
+        {OrvanSwitch::phantom, QStringLiteral("48V"), LampColors::red, QStringLiteral("48V"),
+         QStringLiteral("48V button")},
         {OrvanSwitch::polarity, QStringLiteral("P\u00D8L"), LampColors::yellow, QStringLiteral("Polarity"),
          QStringLiteral("Polarity button")},
-        {OrvanSwitch::pad, QStringLiteral("PAD"), LampColors::orange, QStringLiteral("Pad"), QStringLiteral("Pad button")},
-        {OrvanSwitch::mute, QStringLiteral("MUTE"), LampColors::red, QStringLiteral("Mute"), QStringLiteral("Mute button")},
+        {OrvanSwitch::pad, QStringLiteral("PAD"), LampColors::orange, QStringLiteral("Pad"),
+         QStringLiteral("Pad button")},
+        {OrvanSwitch::mute, QStringLiteral("MUTE"), LampColors::red, QStringLiteral("Mute"),
+         QStringLiteral("Mute button")},
     }};
     return table;
 }
