@@ -80,29 +80,70 @@ TEST(Accessibility, EveryControlIsFoundByNameWithItsRoleAndTooltip)
     }
 }
 
-TEST(Accessibility, ValuesAndStatesFollowWhatTheUnitReportsAndTheSelection)
+// A lamp read under one name and wired to another switch would have a blind user turn on what
+// they did not hear: every lamp of every channel is checked by, and toggles, the switch it names.
+TEST(Accessibility, EveryLampIsNamedAfterTheSwitchItShowsAndToggles)
+{
+    const struct {
+        const char* unit;
+        int channels;
+        const char* name; ///< "%1" is the channel number
+        int offset;
+    } lamps[] = {
+        {"Orvan", 8, "Channel %1 48V", phantomOffset},   {"Orvan", 8, "Channel %1 polarity", polarityOffset},
+        {"Orvan", 8, "Channel %1 pad", padOffset},       {"Orvan", 8, "Channel %1 mute", muteOffset},
+        {"Dunra", 2, "Channel %1 DI", diOffset},         {"Dunra", 2, "Channel %1 48V", phantomOffset},
+        {"Dunra", 2, "Channel %1 polarity", polarityOffset}, {"Dunra", 2, "Channel %1 pad", padOffset},
+        {"Dunra", 2, "Channel %1 mute", muteOffset},     {"Melko", 1, "HPF 78 Hz", hpfOffset},
+        {"Melko", 1, "48V", phantomOffset},              {"Melko", 1, "Polarity", polarityOffset},
+        {"Melko", 1, "Pad", padOffset},                  {"Melko", 1, "Mute", muteOffset},
+    };
+    AccessRig rig({"Orvan", "Dunra", "Melko"});
+    for (const auto& lamp : lamps) {
+        for (int ch = 0; ch < lamp.channels; ++ch) {
+            const QString name = QString::fromUtf8(lamp.name).arg(ch + 1);
+            SCOPED_TRACE(std::string(lamp.unit) + "/" + name.toStdString());
+            QAccessibleInterface* control = rig.control(lamp.unit, name);
+            ASSERT_NE(control, nullptr);
+            rig.report(lamp.unit, controller(ch, lamp.offset), kSwitchOnValue);
+            EXPECT_TRUE(control->state().checked);
+            rig.midi->clearSent();
+            act(control, QAccessibleActionInterface::toggleAction());
+            const bool listenOnly = QString(lamp.unit) == "Melko"; // listened to, never driven
+            EXPECT_EQ(rig.sent(lamp.unit), (listenOnly ? Sent{} : Sent{{controller(ch, lamp.offset), 0}}));
+            rig.report(lamp.unit, controller(ch, lamp.offset), 0);
+            EXPECT_FALSE(control->state().checked);
+        }
+    }
+}
+
+TEST(Accessibility, AGainControlReadsTheReportedGainWithItsRangeAndStep)
 {
     AccessRig rig({"Orvan"});
     QAccessibleInterface* gain = rig.control("Orvan", "Channel 2 gain");
-    QAccessibleInterface* knob = rig.control("Orvan", "Gain knob");
     EXPECT_EQ(gain->text(QAccessible::Value), "unknown");
     EXPECT_FALSE(gain->valueInterface()->currentValue().isValid());
-    EXPECT_EQ(knob->text(QAccessible::Value), "no channel selected");
 
     rig.report("Orvan", controller(1, gainOffset), 8);
-    rig.report("Orvan", controller(1, phantomOffset), kSwitchOnValue);
     EXPECT_EQ(gain->text(QAccessible::Value), "24 dB");
     const QAccessibleValueInterface* value = gain->valueInterface();
     EXPECT_EQ((QList<int>{value->currentValue().toInt(), value->minimumValue().toInt(), value->maximumValue().toInt(),
                           value->minimumStepSize().toInt()}),
               (QList<int>{24, 18, 70, 3}));
-    EXPECT_TRUE(rig.control("Orvan", "Channel 2 48V")->state().checked);
-    EXPECT_FALSE(rig.control("Orvan", "Channel 1 48V")->state().checked);
+}
+
+TEST(Accessibility, TheSelectionShowsOnTheSelectButtonTheReadoutTheKnobAndTheStatusDisplay)
+{
+    AccessRig rig({"Orvan"});
+    rig.report("Orvan", controller(1, gainOffset), 8);
+    QAccessibleInterface* knob = rig.control("Orvan", "Gain knob");
+    EXPECT_EQ(knob->text(QAccessible::Value), "no channel selected");
 
     act(rig.control("Orvan", "Select channel 2"), QAccessibleActionInterface::toggleAction());
     EXPECT_EQ(rig.orvan().selected(), QList<int>{1});
     EXPECT_TRUE(rig.control("Orvan", "Select channel 2")->state().checked);
-    EXPECT_TRUE(gain->state().selected);
+    EXPECT_TRUE(rig.control("Orvan", "Channel 2 gain")->state().selected);
+    EXPECT_FALSE(rig.control("Orvan", "Channel 1 gain")->state().selected);
     EXPECT_EQ(knob->text(QAccessible::Value), "24 dB");
     QAccessibleInterface* status = rig.control("Orvan", "Orvan USB: Linked, Ch 2 24dB");
     ASSERT_NE(status, nullptr) << "the status display reads as its two lines";
@@ -110,7 +151,7 @@ TEST(Accessibility, ValuesAndStatesFollowWhatTheUnitReportsAndTheSelection)
     EXPECT_EQ(status->text(QAccessible::Description), "Orvan status display");
 }
 
-TEST(Accessibility, ActionsSendWhatAClickSendsAndPhantomPowerAndResetAskFirst)
+TEST(Accessibility, ActionsSendWhatAClickSends)
 {
     AccessRig rig({"Orvan"});
     rig.report("Orvan", controller(0, gainOffset), 8);
@@ -120,10 +161,14 @@ TEST(Accessibility, ActionsSendWhatAClickSendsAndPhantomPowerAndResetAskFirst)
     EXPECT_EQ(rig.sent("Orvan"), (Sent{{controller(0, padOffset), kSwitchOnValue},
                                        {controller(0, gainOffset), 9},
                                        {controller(0, gainOffset), 11}}));
+}
 
+TEST(Accessibility, PhantomPowerAndResetAskBeforeAnythingIsSent)
+{
+    AccessRig rig({"Orvan"});
     act(rig.control("Orvan", "Channel 4 48V"), QAccessibleActionInterface::toggleAction());
     EXPECT_EQ(rig.orvan().pendingPhantom(), QList<int>{3}) << "+48V asks first";
     act(rig.control("Orvan", "Power"), QAccessibleActionInterface::pressAction());
     EXPECT_TRUE(rig.orvan().pendingReset()) << "POWER asks before resetting";
-    EXPECT_EQ(rig.sent("Orvan").size(), 3u);
+    EXPECT_TRUE(rig.sent("Orvan").empty());
 }

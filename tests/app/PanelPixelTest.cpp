@@ -5,11 +5,14 @@
 #include "items/LampRowItem.h"
 #include "items/ReadoutItem.h"
 #include "items/GlossButtonItem.h"
+#include "items/KnobItem.h"
 #include "panels/ChannelColumn.h"
 #include "panels/DunraPanelItem.h"
+#include "panels/MelkoPanelItem.h"
 #include "panels/OrvanPanelItem.h"
 #include "panels/PlatePainting.h"
 #include "stage/DemoPillItem.h"
+#include "stage/StageGeometry.h"
 #include "StaticLayerCache.h"
 #include "stage/StageLook.h"
 #include "stage/StartupFrame.h"
@@ -84,11 +87,12 @@ TEST(WindowPixels, TheBackdropFadesToBlackWithACoolGlowFromTheTopRight)
     StageRig rig;
     const QImage window = rig.windowImage();
     // Top: white 0.045 under the glow's (0.35, 0.40, 0.55) at 0.28; bottom left: black, out of reach.
-    const QRgb topRight = rig.windowPixel(window, QPointF(1620, 1));
+    const QSizeF canvas = StageGeometry::kCanvas;
+    const QRgb topRight = rig.windowPixel(window, QPointF(canvas.width() - 2, 1));
     EXPECT_NEAR(qRed(topRight), 33, 4);
     EXPECT_NEAR(qGreen(topRight), 37, 4);
     EXPECT_NEAR(qBlue(topRight), 47, 4);
-    const QRgb bottomLeft = rig.windowPixel(window, QPointF(2, 583));
+    const QRgb bottomLeft = rig.windowPixel(window, QPointF(2, canvas.height() - 2));
     EXPECT_LE(grey(bottomLeft), 2);
 }
 
@@ -121,15 +125,17 @@ TEST(WindowPixels, ALitSelectButtonGlowsBlueOverItsBlackBezel)
 // opacity from 0.6.
 TEST(WindowPixels, AMissingUnitsPanelIsDimmedAndTheMelkosDarkenedFirst)
 {
+    StageRig rig;
+    const PanelItem* orvan = rig.stage().orvanPanel();
+    const PanelItem* melko = rig.stage().melkoPanel();
     const struct {
         const char* unit;
         QPointF bare, beside;
         int lowering;
     } cases[] = {
-        {"Orvan", {24 + 300, 24 + 132 + 3 + 240}, {3, 24 + 132 + 3 + 240}, 0},
-        {"Melko", {1486 + 100, 24 + 305}, {1486 + 130, 24 + 305}, 89},
+        {"Orvan", at(orvan, {300, 240}), at(orvan, {-21, 240}), 0},
+        {"Melko", at(melko, {100, 305}), at(melko, {melko->plateSize().width() + 18, 305}), 89},
     };
-    StageRig rig;
     const QImage absent = rig.windowImage();
     DemoMode::shared().setActive(true); // demo mode shows every plate as present
     const QImage present = rig.windowImage();
@@ -185,11 +191,15 @@ TEST(WindowPixels, TheDunraJackLabelsStandCentredOnTheirPoint)
 {
     StageRig rig;
     const QImage window = rig.windowImage();
-    const QPointF plate = at(rig.shell->stage().dunraPanel());
-    // The lettering is the only light ink between the jacks and the knob.
+    const DunraPanelItem* panel = rig.stage().dunraPanel();
+    const QPointF plate = at(panel);
+    const QPointF labels = DunraLayout().jackLabels;
+    // The lettering is the only light ink between the jacks and the knob: probed from the knob's
+    // left edge to as far on the other side of the lettering's centre.
+    const double knobLeft = panel->knob()->mapRectToParent(panel->knob()->boundingRect()).left();
     double left = 1e9, right = -1e9;
-    for (double y = 74 - 20; y <= 74 + 20; y += 0.5) {
-        for (double x = 1025; x <= 1098; x += 0.25) {
+    for (double y = labels.y() - 20; y <= labels.y() + 20; y += 0.5) {
+        for (double x = 2 * labels.x() - knobLeft; x <= knobLeft; x += 0.25) {
             if (grey(rig.windowPixel(window, plate + QPointF(x, y))) > 80) {
                 left = std::min(left, x);
                 right = std::max(right, x);
@@ -197,7 +207,7 @@ TEST(WindowPixels, TheDunraJackLabelsStandCentredOnTheirPoint)
         }
     }
     ASSERT_LT(left, right);
-    EXPECT_NEAR((left + right) / 2, 1058, 1.5);
+    EXPECT_NEAR((left + right) / 2, labels.x(), 1.5);
 }
 
 TEST(ScriptName, EachShadowLiesOneOffsetFurtherOut)
@@ -274,15 +284,14 @@ TEST(WindowPixels, PlatesInTheBackgroundLookExactlyLikePlatesAsLayers)
 
 namespace {
 
-/// A private, empty cache folder for as long as it lives.
+/// A private, empty cache folder that the rigs given its `path` share.
 struct CacheFolder {
-    CacheFolder() { qputenv("XDG_CACHE_HOME", home.path().toLocal8Bit()); }
-    ~CacheFolder() { qunsetenv("XDG_CACHE_HOME"); }
+    QString path() const { return home.path(); }
     /// Every layer file with its contents.
     std::map<QString, QByteArray> layers() const
     {
         std::map<QString, QByteArray> found;
-        const QDir dir(StaticLayerCache::directory());
+        const QDir dir(home.filePath(QStringLiteral("OrvanRCU")));
         for (const QString& name : dir.entryList(QDir::Files | QDir::System)) {
             const QFileInfo info(dir.filePath(name));
             QFile file(info.filePath());
@@ -302,9 +311,9 @@ ino_t inode(const QString& path)
 
 /// A fresh start of the app in demo mode, its window as shown, then the zero-time tasks that
 /// follow a frame (the cache is written there).
-QImage startAndPaint()
+QImage startAndPaint(const CacheFolder& cache)
 {
-    StageRig rig({}, true);
+    StageRig rig({}, true, cache.path());
     const QImage image = rig.windowImage();
     QApplication::processEvents();
     return image;
@@ -341,7 +350,7 @@ TEST(StartupFrame, ASecondStartWithTheSameLookShowsTheFirstStartsFrameAndNoOther
         SCOPED_TRACE(start.look);
         QImage painted;
         {
-            StageRig first(start.units, start.demo);
+            StageRig first(start.units, start.demo, cache.path());
             painted = onScreen(first);
             EXPECT_FALSE(first.shell->startupFrame().wasShown());
             QApplication::processEvents(); // the task that writes what the check stored
@@ -351,7 +360,7 @@ TEST(StartupFrame, ASecondStartWithTheSameLookShowsTheFirstStartsFrameAndNoOther
             written[path] = inode(path);
         ASSERT_GE(written.size(), 4u) << "the plates and the frame were kept";
 
-        StageRig second(start.units, start.demo);
+        StageRig second(start.units, start.demo, cache.path());
         EXPECT_EQ(onScreen(second), painted);
         EXPECT_TRUE(second.shell->startupFrame().wasShown());
         EXPECT_FALSE(second.shell->startupFrame().wasRepainted());
@@ -368,7 +377,7 @@ TEST(StartupFrame, AFrameThatDiffersFromAFreshRenderIsRepaintedAndReplaced)
     CacheFolder cache;
     QImage fresh;
     {
-        StageRig first({}, true);
+        StageRig first({}, true, cache.path());
         fresh = onScreen(first);
         QImage wrong = first.window().viewport()->grab().toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
         QPainter(&wrong).fillRect(QRect(QPoint(0, 0), wrong.size() / 2), Qt::red);
@@ -377,11 +386,27 @@ TEST(StartupFrame, AFrameThatDiffersFromAFreshRenderIsRepaintedAndReplaced)
         StaticLayerCache::writePending();
     }
     for (const bool replaced : {false, true}) {
-        StageRig rig({}, true);
+        StageRig rig({}, true, cache.path());
         EXPECT_EQ(onScreen(rig), fresh);
         EXPECT_TRUE(rig.shell->startupFrame().wasShown());
         EXPECT_EQ(rig.shell->startupFrame().wasRepainted(), !replaced);
     }
+}
+
+// A rig paints into a cache of its own and leaves the environment as it found it, so a later test
+// neither finds its layers nor writes into the user's real cache.
+TEST(LayerCache, EachRigPaintsIntoItsOwnCacheAndPutsTheEnvironmentBack)
+{
+    CacheFolder outer;
+    const ScopedEnv outerCache("XDG_CACHE_HOME", outer.path());
+    {
+        StageRig rig({}, true);
+        rig.windowImage();
+        QApplication::processEvents(); // the task that writes the layers
+        EXPECT_FALSE(QDir(rig.ownCacheHome.filePath(QStringLiteral("OrvanRCU"))).isEmpty());
+    }
+    EXPECT_EQ(qEnvironmentVariable("XDG_CACHE_HOME"), outer.path());
+    EXPECT_TRUE(outer.layers().empty());
 }
 
 // Whatever lies in the cache, the window shows the fresh render, and the file is put right.
@@ -416,14 +441,14 @@ TEST(LayerCache, ADamagedLayerGivesTheFreshRenderAndIsReplaced)
         {"a link to /dev/zero", replaceWith([](const char* p) { return ::symlink("/dev/zero", p); })},
     };
     CacheFolder cache;
-    const QImage fresh = startAndPaint();
+    const QImage fresh = startAndPaint(cache);
     const std::map<QString, QByteArray> good = cache.layers();
     ASSERT_FALSE(good.empty());
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         for (const auto& [path, bytes] : good)
             c.damage(path);
-        EXPECT_EQ(startAndPaint(), fresh);
+        EXPECT_EQ(startAndPaint(cache), fresh);
         EXPECT_EQ(cache.layers(), good);
     }
 }

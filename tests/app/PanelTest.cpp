@@ -24,6 +24,36 @@ const QPointF kFrameCorners[] = {{-32.5, -22.5}, {32.5, -22.5}, {32.5, 22.5}, {-
 
 } // namespace
 
+// --- Every panel ------------------------------------------------------------------------------
+
+// At the top of its range a unit reports gain 24 (the Orvan's detents put its fine position 2 dB
+// further), which is more than the two digits are allowed to claim: every readout stops at 70.
+TEST(Readouts, NoReadoutShowsMoreThanSeventyAtFullGain)
+{
+    StageRig rig({"Orvan", "Dunra", "Melko"});
+    const struct {
+        const char* unit;
+        int channels;
+        int top;
+    } units[] = {{"Orvan", 8, 24}, {"Dunra", 2, 24}, {"Melko", 1, 23}};
+    for (const auto& u : units) {
+        for (int ch = 0; ch < u.channels; ++ch) {
+            for (int detent = 0; detent < 3; ++detent) // a new step, then two repeats: fine 0, 1, 2
+                rig.report(u.unit, 16 * ch + 9, u.top);
+        }
+    }
+    int readouts = 0;
+    for (QGraphicsItem* item : rig.stage().items()) {
+        if (const auto* readout = dynamic_cast<const ReadoutItem*>(item)) {
+            ++readouts;
+            ASSERT_TRUE(readout->shownDecibels().has_value());
+            EXPECT_LE(*readout->shownDecibels(), 70) << "readout at " << at(readout).x() << ", " << at(readout).y();
+            EXPECT_GE(*readout->shownDecibels(), 69);
+        }
+    }
+    EXPECT_EQ(readouts, 8 + 2 + 1);
+}
+
 // --- The eight-channel panel -----------------------------------------------------------------
 
 TEST(OrvanPanel, EverySwitchRowOfEveryChannelSendsItsControllerWithoutAskingExceptToSwitchPhantomOn)

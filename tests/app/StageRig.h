@@ -5,6 +5,7 @@
 #include "OrvanMIDI.h"
 #include "OrvanRCUApp.h"
 #include "RCUModel.h"
+#include "StaticLayerCache.h"
 #include "dialogs/ConfirmationDialogs.h"
 #include "midi/virtual/VirtualMidiSystem.h"
 #include "stage/StageScene.h"
@@ -13,6 +14,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QFile>
 #include <QGraphicsItem>
 #include <QMessageBox>
 #include <QMouseEvent>
@@ -29,15 +31,38 @@ inline QPointF at(const QGraphicsItem* item, QPointF local = {})
     return item->mapToScene(local);
 }
 
+/// Sets an environment variable for as long as it lives, then puts back what was there before (a
+/// variable that was not set is unset again), so no later test of the process inherits it.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const QString& value)
+        : m_name(name)
+        , m_wasSet(qEnvironmentVariableIsSet(name))
+        , m_was(qgetenv(name))
+    {
+        qputenv(name, QFile::encodeName(value));
+    }
+    ~ScopedEnv() { m_wasSet ? qputenv(m_name, m_was) : qunsetenv(m_name); }
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+private:
+    const char* m_name;
+    bool m_wasSet;
+    QByteArray m_was;
+};
+
 /// The whole application on the offscreen platform over a virtual MIDI world, driven with real Qt
 /// mouse, wheel and key events sent to the window. Positions are given in stage design points.
 class StageRig {
 public:
-    /// `units` are the units plugged in before start; `demo` starts in demo mode.
-    explicit StageRig(QStringList units = {}, bool demo = false)
+    /// `units` are the units plugged in before start; `demo` starts in demo mode. Every rig starts
+    /// with no preset files and, unless it is given `cacheHome` to share with other rigs, an empty
+    /// cache of painted layers: what a test sees never depends on the tests run before it.
+    explicit StageRig(QStringList units = {}, bool demo = false, const QString& cacheHome = {})
+        : dataEnv("XDG_DATA_HOME", dataHome.path())
+        , cacheEnv("XDG_CACHE_HOME", cacheHome.isEmpty() ? ownCacheHome.path() : cacheHome)
     {
-        // Every rig starts with no preset files of its own.
-        qputenv("XDG_DATA_HOME", dataHome.path().toLocal8Bit());
         DemoMode::shared().setActive(demo);
         auto system = std::make_unique<VirtualMidiSystem>(&clock);
         midi = system.get();
@@ -53,6 +78,8 @@ public:
         shell.reset();
         app.reset();
         DemoMode::shared().setActive(false);
+        // Layers still waiting to be written go to this rig's cache, not to the next one's.
+        StaticLayerCache::writePending();
     }
 
     StageWindow& window() const { return shell->window(); }
@@ -119,6 +146,9 @@ public:
     }
 
     QTemporaryDir dataHome;
+    QTemporaryDir ownCacheHome;
+    ScopedEnv dataEnv;
+    ScopedEnv cacheEnv;
     ManualClock clock;
     VirtualMidiSystem* midi = nullptr;
     std::map<QString, VirtualMidiSystem::Device> devices;

@@ -1,12 +1,9 @@
 #include "AccessLayer.h"
 
 #include "ControlAccessible.h"
-#include "DemoMode.h"
 #include "KeyboardFocus.h"
-#include "OrvanMIDI.h"
-#include "PanelAccessTables.h"
+#include "PanelAccess.h"
 #include "PanelGroupAccessible.h"
-#include "RCUModel.h"
 #include "StageAccessible.h"
 #include "stage/DemoPillItem.h"
 #include "stage/StageScene.h"
@@ -26,9 +23,9 @@ AccessLayer::AccessLayer(StageScene& stage, QGraphicsView& window)
 {
     installFactory();
     // Reading order on the stage: the Dunra at the top left, the Orvan under it, then the Melko.
-    m_panels.push_back(dunraAccess(*stage.dunraPanel()));
-    m_panels.push_back(orvanAccess(*stage.orvanPanel()));
-    m_panels.push_back(melkoAccess(*stage.melkoPanel()));
+    m_panels.push_back(panelAccess(dunraFace(*stage.dunraPanel())));
+    m_panels.push_back(panelAccess(orvanFace(*stage.orvanPanel())));
+    m_panels.push_back(panelAccess(melkoFace(*stage.melkoPanel())));
 
     std::vector<const AccessControl*> order;
     for (const PanelAccess& panel : m_panels) {
@@ -39,17 +36,7 @@ AccessLayer::AccessLayer(StageScene& stage, QGraphicsView& window)
     m_keyboard = new KeyboardFocus(window, stage, order);
     connect(m_keyboard, &KeyboardFocus::focusChanged, this, &AccessLayer::announceFocus);
 
-    for (RCUModel* model : {&stage.orvanPanel()->model(), &stage.dunraPanel()->model(), &stage.melkoPanel()->model()}) {
-        OrvanMIDI& engine = model->midi();
-        connect(&engine, &OrvanMIDI::channelsChanged, this, &AccessLayer::scheduleRefresh);
-        connect(&engine, &OrvanMIDI::isConnectedChanged, this, &AccessLayer::scheduleRefresh);
-        connect(&engine, &OrvanMIDI::hardwarePresentChanged, this, &AccessLayer::scheduleRefresh);
-        connect(model, &RCUModel::selectedChanged, this, &AccessLayer::scheduleRefresh);
-        connect(model, &RCUModel::presetsChanged, this, &AccessLayer::scheduleRefresh);
-        connect(model, &RCUModel::presetIndexChanged, this, &AccessLayer::scheduleRefresh);
-    }
-    connect(&DemoMode::shared(), &DemoMode::activeChanged, this, &AccessLayer::scheduleRefresh);
-    connect(stage.demoPill(), &QGraphicsObject::visibleChanged, this, &AccessLayer::scheduleRefresh);
+    connect(&stage, &StageScene::lookChanged, this, &AccessLayer::scheduleRefresh);
 }
 
 AccessLayer::~AccessLayer()

@@ -1,30 +1,29 @@
 #pragma once
 
 #include "AccessControl.h"
-#include "OrvanSwitch.h"
+
+class QGraphicsItem;
 
 namespace orvan {
 
 class GestureItem;
-class GlossButtonItem;
+class LampRowItem;
 class PushItem;
 class RCUModel;
 
-/// Short ways to describe the usual controls; each press or step goes through the item itself, so
-/// the keyboard reaches exactly what a click, drag or scroll reaches.
+/// Short ways to describe the usual controls, each called by the name its panel gave it
+/// (`spokenName`); each press or step goes through the item itself, so the keyboard reaches
+/// exactly what a click, drag or scroll reaches.
 namespace ControlBuilders {
 
-AccessControl pushButton(PushItem* item, QString name);
-/// A switch lamp: a check box that is checked while the engine says the switch is on.
-AccessControl lamp(PushItem* item, QString name, const OrvanMIDI& engine, int channel, std::optional<OrvanSwitch> sw);
+AccessControl pushButton(PushItem* item);
+/// A switch lamp: a check box that is checked while the lamp is lit.
+AccessControl lamp(LampRowItem* item);
 /// A readout or knob showing `channel`'s gain (none: no channel) and stepping it.
-AccessControl gain(GestureItem* item, QAccessible::Role role, QString name, const OrvanMIDI& engine,
+AccessControl gain(GestureItem* item, QAccessible::Role role, const OrvanMIDI& engine,
                    std::function<std::optional<int>()> channel);
-/// A display read as text; `purpose` says which display it is.
-AccessControl label(QGraphicsItem* item, QString purpose, std::function<QString()> text);
-
-/// The four preset buttons (previous, next, SAVE, RECALL, as every panel makes them).
-void addPresetButtons(std::vector<AccessControl>& controls, const QList<GlossButtonItem*>& buttons);
+/// A display read as text; its spoken name says which display it is.
+AccessControl label(QGraphicsItem* item, std::function<QString()> text);
 
 /// The lowest selected channel, which a panel's knob shows.
 std::function<std::optional<int>()> lowestSelected(const RCUModel& model);

@@ -1,4 +1,4 @@
-#include "PanelAccessTables.h"
+#include "PanelAccess.h"
 
 #include "DemoMode.h"
 #include "stage/DemoPillItem.h"

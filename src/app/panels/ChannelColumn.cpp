@@ -7,6 +7,7 @@
 #include "PlatePainting.h"
 #include "RCUModel.h"
 #include "Theme.h"
+#include "access/SpokenName.h"
 #include "items/GlossButtonItem.h"
 #include "items/LampRowItem.h"
 #include "items/ReadoutItem.h"
@@ -28,16 +29,18 @@ struct Row {
     QString label;
     QColor color;
     std::optional<OrvanSwitch> sw; ///< none: the I/O row, which does nothing
+    QString spoken;                ///< "%1" is the channel number
 };
 
 const QList<Row>& rowTable()
 {
     static const QList<Row> table{
-        {104, QStringLiteral("I/O"), LampColors::green, std::nullopt},
-        {121, QStringLiteral("48V"), LampColors::red, OrvanSwitch::phantom},
-        {155, QStringLiteral("POL \u00D8"), LampColors::yellow, OrvanSwitch::polarity},
-        {172, QStringLiteral("PAD"), LampColors::orange, OrvanSwitch::pad},
-        {189, QStringLiteral("MUTE"), LampColors::red, OrvanSwitch::mute},
+        {104, QStringLiteral("I/O"), LampColors::green, std::nullopt, QStringLiteral("Channel %1 I/O")},
+        {121, QStringLiteral("48V"), LampColors::red, OrvanSwitch::phantom, QStringLiteral("Channel %1 48V")},
+        {155, QStringLiteral("POL \u00D8"), LampColors::yellow, OrvanSwitch::polarity,
+         QStringLiteral("Channel %1 polarity")},
+        {172, QStringLiteral("PAD"), LampColors::orange, OrvanSwitch::pad, QStringLiteral("Channel %1 pad")},
+        {189, QStringLiteral("MUTE"), LampColors::red, OrvanSwitch::mute, QStringLiteral("Channel %1 mute")},
     };
     return table;
 }
@@ -64,6 +67,7 @@ ChannelColumn::ChannelColumn(RCUModel& model, int channel, QGraphicsItem* parent
         [&model, channel](int steps) { model.adjustGain(steps, {channel}); }, this);
     m_readout->setPos(0, kReadoutY);
     m_readout->setToolTip(QStringLiteral("Drag up or down, or scroll, to change channel %1 gain").arg(n));
+    setSpokenName(m_readout, QStringLiteral("Channel %1 gain").arg(n));
 
     for (const Row& row : rowTable()) {
         std::function<bool()> isOn = [] { return false; };
@@ -78,6 +82,7 @@ ChannelColumn::ChannelColumn(RCUModel& model, int channel, QGraphicsItem* parent
         auto* item = new LampRowItem(rowLook(row.color), row.label, isOn, action, this);
         item->setPos(0, row.y);
         item->setToolTip(tip);
+        setSpokenName(item, row.spoken.arg(n));
         m_rows << item;
     }
 
@@ -85,6 +90,7 @@ ChannelColumn::ChannelColumn(RCUModel& model, int channel, QGraphicsItem* parent
     m_select->setLit([&model, channel] { return model.selected().contains(channel); });
     m_select->setPos(0, kSelectButtonY);
     m_select->setToolTip(QStringLiteral("Select channel %1").arg(n));
+    setSpokenName(m_select, QStringLiteral("Select channel %1").arg(n));
 }
 
 void ChannelColumn::followWith(PanelItem& panel) const

@@ -15,6 +15,7 @@
 #include "items/LampRowItem.h"
 #include "items/PowerButtonItem.h"
 #include "items/ReadoutItem.h"
+#include "access/SpokenName.h"
 
 #include <QPainter>
 #include <algorithm>
@@ -38,7 +39,6 @@ constexpr QPointF kGainLabel{395, 66};
 constexpr double kSharedY = 66;
 constexpr QSizeF kSharedButton{46, 24};
 constexpr QPointF kJacks[] = {{1000, 50}, {1000, 98}};
-constexpr QPointF kJackLabels{1058, 74};
 constexpr QPointF kKnob{1130, 66};
 constexpr double kKnobScale = 0.82;
 constexpr QPointF kKnobLabels{1205, 70};
@@ -52,15 +52,22 @@ struct Cell {
     QString label;
     QColor color;
     OrvanSwitch sw;
+    QString spoken;       ///< the lamp's name; "%1" is the channel number
+    QString spokenShared; ///< the name of the shared button for this switch
 };
 const std::array<Cell, 5>& cells()
 {
     static const std::array<Cell, 5> table{{
-        {QStringLiteral("DI"), LampColors::cyan, OrvanSwitch::di},
-        {QStringLiteral("48V"), LampColors::red, OrvanSwitch::phantom},
-        {QStringLiteral("P\u00D8L"), LampColors::yellow, OrvanSwitch::polarity},
-        {QStringLiteral("PAD"), LampColors::orange, OrvanSwitch::pad},
-        {QStringLiteral("MUTE"), LampColors::red, OrvanSwitch::mute},
+        {QStringLiteral("DI"), LampColors::cyan, OrvanSwitch::di, QStringLiteral("Channel %1 DI"),
+         QStringLiteral("DI on selected channels")},
+        {QStringLiteral("48V"), LampColors::red, OrvanSwitch::phantom, QStringLiteral("Channel %1 48V"),
+         QStringLiteral("48V on selected channels")},
+        {QStringLiteral("P\u00D8L"), LampColors::yellow, OrvanSwitch::polarity, QStringLiteral("Channel %1 polarity"),
+         QStringLiteral("Polarity on selected channels")},
+        {QStringLiteral("PAD"), LampColors::orange, OrvanSwitch::pad, QStringLiteral("Channel %1 pad"),
+         QStringLiteral("Pad on selected channels")},
+        {QStringLiteral("MUTE"), LampColors::red, OrvanSwitch::mute, QStringLiteral("Channel %1 mute"),
+         QStringLiteral("Mute on selected channels")},
     }};
     return table;
 }
@@ -106,6 +113,7 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
         QStringLiteral("Dunra not found. Click to look again."), [&model] { model.powerPressed(); }, this));
     m_power->setPos(kPower);
     m_power->setScale(kPowerScale);
+    setSpokenName(m_power, QStringLiteral("Power"));
 
     // Always two rows, whatever the unit description says: this is the Dunra's face.
     for (int c = 0; c < 2; ++c) {
@@ -121,6 +129,7 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
         });
         readout->setPos(kReadoutX, m_layout.rowDisplay[c]);
         readout->setToolTip(QStringLiteral("Click to select channel %1. Drag or scroll to change its gain.").arg(n));
+        setSpokenName(readout, QStringLiteral("Channel %1 gain").arg(n));
         m_readouts[c] = readout;
 
         for (int i = 0; i < 5; ++i) {
@@ -133,6 +142,7 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
                 [&model, c, s = cell.sw] { model.apply(s, {c}); }, this));
             item->setPos(m_layout.buttonX[i], m_layout.rowLED[c]);
             item->setToolTip(QStringLiteral("Toggle %1 on channel %2").arg(cell.label, n));
+            setSpokenName(item, cell.spoken.arg(n));
             m_cells[c][i] = item;
         }
     }
@@ -142,6 +152,7 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
                                              : std::function<void()>([&model] { model.selectAllOrClear(); });
         auto* button = new GlossButtonItem(kSharedButton, action, this);
         button->setPos(m_layout.buttonX[i], kSharedY);
+        setSpokenName(button, i < 5 ? cells()[i].spokenShared : QStringLiteral("Select all or clear"));
         m_shared << button;
     }
 
@@ -150,6 +161,7 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
     m_knob->setOnClick([&model] { model.cycleSelection(); });
     m_knob->setPos(kKnob);
     m_knob->setScale(kKnobScale);
+    setSpokenName(m_knob, QStringLiteral("Gain knob"));
     m_knob->setToolTip(QStringLiteral(
         "Turn or scroll to change gain on the selected channels. Click to cycle channel 1, channel 2, both."));
 
@@ -158,6 +170,7 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
          .fontSize = 11, .glassHighlight = false, .blueGlow = false, .shadowDepth = 2},
         [&model] { return QStringList{presetDisplayText(model)}; }, this));
     m_presetName->setPos(kPresetName);
+    setSpokenName(m_presetName, QStringLiteral("Dunra preset"));
 
     const PresetButtonRow presetRow{.x = {1259, 1289, 1327, 1374}, .width = {26, 26, 38, 46}, .y = kPresetRowY,
                                      .height = 18, .caption = engraved(6, QFont::DemiBold, 0.3)};
@@ -203,7 +216,8 @@ void DunraPanelItem::paintPlate(QPainter& painter) const
     for (const QString& label : jackLabels)
         stackWidth = std::max(stackWidth, letteringWidth(label, jackStyle));
     for (int i = 0; i < jackLabels.size(); ++i) {
-        const QRectF box(kJackLabels.x() - stackWidth / 2, kJackLabels.y() + (i - 1) * lineHeight - 6, stackWidth + 1, 12);
+        const QRectF box(m_layout.jackLabels.x() - stackWidth / 2, m_layout.jackLabels.y() + (i - 1) * lineHeight - 6,
+                         stackWidth + 1, 12);
         drawLettering(painter, box, Qt::AlignLeft | Qt::AlignVCenter, jackLabels[i], jackStyle);
     }
 

@@ -18,6 +18,7 @@ struct DunraLayout {
     std::array<double, 6> buttonX{500, 577, 651, 728, 805, 882};
     std::array<double, 2> rowLED{24, 108};
     std::array<double, 2> rowDisplay{34, 98};
+    QPointF jackLabels{1058, 74}; ///< the centre of the lettering beside the input jacks
 };
 
 /// The two-channel unit's front panel (1440 x 132): two channel rows with readouts and switch

@@ -11,6 +11,7 @@
 #include "items/KnobItem.h"
 #include "items/LampRowItem.h"
 #include "items/ReadoutItem.h"
+#include "access/SpokenName.h"
 
 #include <QGraphicsRectItem>
 #include <QPainter>
@@ -44,15 +45,22 @@ struct Row {
     OrvanSwitch sw;
     QString label;
     QColor color;
+    QString spokenLamp;
+    QString spokenButton;
 };
 const std::array<Row, 5>& rows()
 {
     static const std::array<Row, 5> table{{
-        {OrvanSwitch::hpf, QStringLiteral("HPF"), LampColors::yellow},
-        {OrvanSwitch::phantom, QStringLiteral("48V"), LampColors::red},
-        {OrvanSwitch::polarity, QStringLiteral("P\u00D8L"), LampColors::yellow},
-        {OrvanSwitch::pad, QStringLiteral("PAD"), LampColors::orange},
-        {OrvanSwitch::mute, QStringLiteral("MUTE"), LampColors::red},
+        {OrvanSwitch::hpf, QStringLiteral("HPF"), LampColors::yellow, QStringLiteral("HPF 78 Hz"),
+         QStringLiteral("HPF button")},
+        {OrvanSwitch::phantom, QStringLiteral("48V"), LampColors::red, QStringLiteral("48V"),
+         QStringLiteral("48V button")},
+        {OrvanSwitch::polarity, QStringLiteral("P\u00D8L"), LampColors::yellow, QStringLiteral("Polarity"),
+         QStringLiteral("Polarity button")},
+        {OrvanSwitch::pad, QStringLiteral("PAD"), LampColors::orange, QStringLiteral("Pad"),
+         QStringLiteral("Pad button")},
+        {OrvanSwitch::mute, QStringLiteral("MUTE"), LampColors::red, QStringLiteral("Mute"),
+         QStringLiteral("Mute button")},
     }};
     return table;
 }
@@ -103,6 +111,7 @@ MelkoPanelItem::MelkoPanelItem(RCUModel& model, std::array<double, 5> buttonY, Q
         [&model](int steps) { model.adjustGain(steps, {0}); }, this));
     m_display->setPos(kDisplay);
     m_display->setToolTip(QStringLiteral("Drag or scroll to change gain"));
+    setSpokenName(m_display, QStringLiteral("Gain"));
 
     for (int i = 0; i < 5; ++i) {
         const Row& row = rows()[i];
@@ -113,9 +122,11 @@ MelkoPanelItem::MelkoPanelItem(RCUModel& model, std::array<double, 5> buttonY, Q
             look, QString(), [&engine, s = row.sw] { return engine.channels().value(0).isOn(s); }, toggle, this));
         m_lamps[i]->setPos(kLampX, m_buttonY[i]);
         m_lamps[i]->setToolTip(QStringLiteral("Toggle ") + row.label);
+        setSpokenName(m_lamps[i], row.spokenLamp);
 
         m_buttons[i] = new GlossButtonItem(kRowButton, toggle, this);
         m_buttons[i]->setPos(kButtonX, m_buttonY[i]);
+        setSpokenName(m_buttons[i], row.spokenButton);
     }
 
     m_knob = follow(new KnobItem([&model] { return model.angle(0); },
@@ -123,12 +134,14 @@ MelkoPanelItem::MelkoPanelItem(RCUModel& model, std::array<double, 5> buttonY, Q
     m_knob->setPos(kKnob);
     m_knob->setScale(kKnobScale);
     m_knob->setToolTip(QStringLiteral("Turn or scroll to change gain"));
+    setSpokenName(m_knob, QStringLiteral("Gain knob"));
 
     auto* legend = new QGraphicsRectItem(centredRect(kListenOnly, QSizeF(48, 8)), this);
     legend->setPen(Qt::NoPen);
     legend->setAcceptedMouseButtons(Qt::NoButton);
     legend->setToolTip(QStringLiteral(
         "The Melko's MIDI messages have not been confirmed on hardware yet, so the app does not send to it."));
+    setSpokenName(legend, QStringLiteral("LISTEN ONLY"));
     m_legend = legend;
 
     // While the unit is missing the whole plate is darker as well as half transparent.

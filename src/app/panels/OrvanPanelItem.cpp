@@ -11,6 +11,7 @@
 #include "items/GlossButtonItem.h"
 #include "items/KnobItem.h"
 #include "items/PowerButtonItem.h"
+#include "access/SpokenName.h"
 
 #include <QPainter>
 
@@ -41,17 +42,18 @@ struct SharedRow {
     QString label;
     std::optional<OrvanSwitch> sw;
     bool selectsAll;
+    QString spoken;
 };
 
 const QList<SharedRow>& sharedRows()
 {
     static const QList<SharedRow> table{
-        {48, QStringLiteral("I/O"), std::nullopt, false},
-        {83, QStringLiteral("48V"), OrvanSwitch::phantom, false},
-        {116, QStringLiteral("POLARITY"), OrvanSwitch::polarity, false},
-        {150, QStringLiteral("PAD"), OrvanSwitch::pad, false},
-        {184, QStringLiteral("MUTE"), OrvanSwitch::mute, false},
-        {217, QStringLiteral("SELECT ALL /\nCLEAR"), std::nullopt, true},
+        {48, QStringLiteral("I/O"), std::nullopt, false, QStringLiteral("I/O on selected channels")},
+        {83, QStringLiteral("48V"), OrvanSwitch::phantom, false, QStringLiteral("48V on selected channels")},
+        {116, QStringLiteral("POLARITY"), OrvanSwitch::polarity, false, QStringLiteral("Polarity on selected channels")},
+        {150, QStringLiteral("PAD"), OrvanSwitch::pad, false, QStringLiteral("Pad on selected channels")},
+        {184, QStringLiteral("MUTE"), OrvanSwitch::mute, false, QStringLiteral("Mute on selected channels")},
+        {217, QStringLiteral("SELECT ALL /\nCLEAR"), std::nullopt, true, QStringLiteral("Select all or clear")},
     };
     return table;
 }
@@ -101,6 +103,7 @@ OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
         QStringLiteral("Reset all channels: 18 dB, +48V, pad, polarity and mute off"),
         QStringLiteral("Orvan not found. Click to look again."), [&model] { model.powerPressed(); }, this));
     m_power->setPos(kPower);
+    setSpokenName(m_power, QStringLiteral("Power"));
 
     for (int i = 0; i < engine.spec().channelCount; ++i) {
         auto* column = new ChannelColumn(model, i, this);
@@ -121,6 +124,7 @@ OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
         button->setOpacity(inert ? kInertOpacity : 1.0);
         button->setToolTip(inert ? QStringLiteral("I/O is not mapped yet")
                                  : QStringLiteral("Applies to the selected channels"));
+        setSpokenName(button, row.spoken);
         m_shared << button;
     }
 
@@ -133,12 +137,14 @@ OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
         },
         this));
     m_status->setPos(kStatus);
+    setSpokenName(m_status, QStringLiteral("Orvan status display"));
 
     m_presetName = follow(new BlueDisplayItem(
         {.bezel = {176, 30}, .bezelRadius = 5, .pane = {168, 22}, .paneRadius = 3.5, .textBoxWidth = 158,
          .fontSize = 12, .glassHighlight = false, .blueGlow = false, .shadowDepth = 2},
         [&model] { return QStringList{presetDisplayText(model)}; }, this));
     m_presetName->setPos(kPresetName);
+    setSpokenName(m_presetName, QStringLiteral("Orvan preset"));
 
     const PresetButtonRow presetRow{.x = {1108, 1146, 1188, 1235}, .width = {34, 34, 34, 50}, .y = kPresetRowY,
                                      .height = 20, .caption = engraved(6.5, QFont::DemiBold, 0.4)};
@@ -147,6 +153,7 @@ OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
     m_knob = follow(new KnobItem([&model] { return model.knobAngle(); },
                                  [&model](int steps) { model.adjustSelected(steps); }, this));
     m_knob->setPos(kKnob);
+    setSpokenName(m_knob, QStringLiteral("Gain knob"));
 
     startFollowing();
 }

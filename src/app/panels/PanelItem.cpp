@@ -135,6 +135,7 @@ void PanelItem::startFollowing()
     OrvanMIDI& engine = midi();
     connect(&engine, &OrvanMIDI::channelsChanged, this, &PanelItem::refreshAll);
     connect(&engine, &OrvanMIDI::isConnectedChanged, this, &PanelItem::refreshAll);
+    connect(&engine, &OrvanMIDI::hardwarePresentChanged, this, &PanelItem::refreshAll);
     connect(&m_model, &RCUModel::selectedChanged, this, &PanelItem::refreshAll);
     connect(&m_model, &RCUModel::presetsChanged, this, &PanelItem::refreshAll);
     connect(&m_model, &RCUModel::presetIndexChanged, this, &PanelItem::refreshAll);
@@ -162,6 +163,7 @@ void PanelItem::refreshAll()
     }
     if (!area.isEmpty())
         emit changed(area);
+    emit lookChanged();
 }
 
 } // namespace orvan

@@ -54,6 +54,10 @@ signals:
     /// Something the panel shows has changed inside `area` (plate coordinates), so a reflection of
     /// it must redraw that part.
     void changed(const QRectF& area);
+    /// What the panel shows or says may have changed: its unit's presence, connection or channels,
+    /// or its model's selection or presets. Emitted after the controls have followed, so whoever
+    /// listens (the stage, the accessibility layer) reads the new state.
+    void lookChanged();
 
 protected:
     /// Paints everything that never changes, in plate coordinates.

@@ -1,22 +1,29 @@
 #include "PresetButtons.h"
 
 #include "RCUModel.h"
+#include "access/SpokenName.h"
 #include "items/GlossButtonItem.h"
 
 namespace orvan {
 
 QList<GlossButtonItem*> makePresetButtons(RCUModel& model, const PresetButtonRow& row, QGraphicsItem* panel)
 {
-    const std::array<QString, 4> labels{QStringLiteral("\u25C0"), QStringLiteral("\u25B6"), QStringLiteral("SAVE"),
-                                        QStringLiteral("RECALL")};
-    const std::array<std::function<void()>, 4> actions{
-        [&model] { model.stepPreset(-1); }, [&model] { model.stepPreset(1); }, [&model] { model.beginSave(); },
-        [&model] { model.requestRecall(); }};
+    const struct {
+        QString caption;
+        QString spoken;
+        std::function<void()> action;
+    } table[] = {
+        {QStringLiteral("\u25C0"), QStringLiteral("Previous preset"), [&model] { model.stepPreset(-1); }},
+        {QStringLiteral("\u25B6"), QStringLiteral("Next preset"), [&model] { model.stepPreset(1); }},
+        {QStringLiteral("SAVE"), QStringLiteral("Save preset"), [&model] { model.beginSave(); }},
+        {QStringLiteral("RECALL"), QStringLiteral("Recall preset"), [&model] { model.requestRecall(); }},
+    };
     QList<GlossButtonItem*> buttons;
-    for (std::size_t i = 0; i < labels.size(); ++i) {
-        auto* button = new GlossButtonItem(QSizeF(row.width[i], row.height), actions[i], panel);
-        button->setCaption(labels[i], row.caption);
+    for (std::size_t i = 0; i < std::size(table); ++i) {
+        auto* button = new GlossButtonItem(QSizeF(row.width[i], row.height), table[i].action, panel);
+        button->setCaption(table[i].caption, row.caption);
         button->setPos(row.x[i], row.y);
+        setSpokenName(button, table[i].spoken);
         buttons << button;
     }
     return buttons;

@@ -86,6 +86,7 @@ void DemoPillItem::refresh()
     setToolTip(m_demo.active() ? kTooltipOn : kTooltipOff);
     prepareGeometryChange();
     update();
+    emit lookChanged();
 }
 
 QRectF DemoPillItem::boundingRect() const

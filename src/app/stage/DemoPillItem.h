@@ -25,6 +25,10 @@ public:
     static constexpr QSizeF kPillSize{108, 26};
     static constexpr double kExplanationOffset = 124;
 
+signals:
+    /// Demo mode was switched or the pill was shown or hidden.
+    void lookChanged();
+
 protected:
     void mousePressEvent(QGraphicsSceneMouseEvent* event) override;
     void mouseMoveEvent(QGraphicsSceneMouseEvent* event) override;

@@ -69,6 +69,10 @@ StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
     m_demoPill->setPos(kCanvas.width() / 2, kCanvas.height() - kFooterBottom - DemoPillItem::kPillSize.height() / 2);
     addItem(m_demoPill);
 
+    for (PanelItem* panel : std::initializer_list<PanelItem*>{dunra, orvan, melko})
+        connect(panel, &PanelItem::lookChanged, this, &StageScene::lookChanged);
+    connect(m_demoPill, &DemoPillItem::lookChanged, this, &StageScene::lookChanged);
+
     setPlatesInBackground(true);
 }
 

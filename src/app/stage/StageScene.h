@@ -14,6 +14,8 @@ class RCUModel;
 /// The whole content of the window on a 1622 x 585 canvas: backdrop, the three panels (the Orvan
 /// and the Melko with live reflections), the drag strip, the footer and the demo control.
 class StageScene final : public QGraphicsScene {
+    Q_OBJECT
+
 public:
     explicit StageScene(OrvanRCUApp& app, QObject* parent = nullptr);
 
@@ -29,6 +31,11 @@ public:
     OrvanPanelItem* orvanPanel() const { return m_orvanPanel; }
     DunraPanelItem* dunraPanel() const { return m_dunraPanel; }
     MelkoPanelItem* melkoPanel() const { return m_melkoPanel; }
+
+signals:
+    /// What the stage shows may have changed: a panel's unit, channels, selection or presets, or
+    /// demo mode. The one signal to follow for everything the window shows and says.
+    void lookChanged();
 
 protected:
     void drawBackground(QPainter* painter, const QRectF& rect) override;
