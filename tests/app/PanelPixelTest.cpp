@@ -20,6 +20,8 @@
 #include <QDir>
 #include <QPainter>
 #include <QScreen>
+#include <algorithm>
+#include <cstdlib>
 #include <functional>
 #include <map>
 #include <sys/stat.h>
@@ -117,6 +119,33 @@ TEST(WindowPixels, ALitSelectButtonGlowsBlueOverItsBlackBezel)
     const QRgb ringColour = rig.windowPixel(lit, ring);
     EXPECT_GT(qBlue(ringColour), 170);
     EXPECT_GT(qBlue(ringColour) - qRed(ringColour), 70);
+}
+
+// The look is pinned: the demo window, rendered as shown, against the picture kept in
+// tests/app/golden at this device-pixel ratio. Painting may be reorganised (other caches, other
+// compositing order) but no pixel may move by more than 2 levels in any channel.
+// ORVAN_GOLDEN=1 writes the pictures anew, after a deliberate change of the look.
+TEST(WindowPixels, TheDemoWindowLooksAsThePictureKeptForItsRatio)
+{
+    StageRig rig({}, true);
+    const QImage now = rig.windowImage().convertToFormat(QImage::Format_RGB32);
+    const QString path = QStringLiteral(ORVAN_GOLDEN_DIR "/demo-%1x.png").arg(now.devicePixelRatio());
+    if (qEnvironmentVariableIntValue("ORVAN_GOLDEN") == 1)
+        ASSERT_TRUE(now.save(path));
+    const QImage kept = QImage(path).convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(kept.size(), now.size()) << qPrintable(path);
+    int worst = 0, moved = 0;
+    for (int y = 0; y < now.height(); ++y) {
+        const auto* a = reinterpret_cast<const QRgb*>(now.constScanLine(y));
+        const auto* b = reinterpret_cast<const QRgb*>(kept.constScanLine(y));
+        for (int x = 0; x < now.width(); ++x) {
+            const int d = std::max({std::abs(qRed(a[x]) - qRed(b[x])), std::abs(qGreen(a[x]) - qGreen(b[x])),
+                                    std::abs(qBlue(a[x]) - qBlue(b[x]))});
+            worst = std::max(worst, d);
+            moved += d > 2;
+        }
+    }
+    EXPECT_LE(worst, 2) << moved << " pixels differ by more than 2 levels from " << qPrintable(path);
 }
 
 // A missing unit's plate lies at half opacity over the backdrop; the Melko's is first lowered by
