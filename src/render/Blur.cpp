@@ -1,7 +1,8 @@
 #include "Blur.h"
 
+#include "PaintCache.h"
+
 #include <QPainter>
-#include <QHash>
 #include <QPainterPath>
 #include <algorithm>
 #include <cmath>
@@ -107,12 +108,11 @@ QImage blurred(const QImage& image, double radius)
     return out;
 }
 
-QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius, double scale)
+/// The blurred image of a shape depends only on the shape's outline (not where it stands), its
+/// colour, the radius and the device scale: the panels' many identical lamps, buttons and screws
+/// share one.
+QByteArray shadowKey(const QPainterPath& shape, const QColor& color, double radius, double scale)
 {
-    constexpr qsizetype kLargestKeptShadowBytes = 128 * 1024;
-    // The blurred image of a shape depends only on the shape's outline (not where it stands), its
-    // colour, the radius and the device scale: the panels' many identical lamps, buttons and
-    // screws share one.
     const QRectF shapeBounds = shape.boundingRect();
     QByteArray key;
     key.reserve(64 + shape.elementCount() * 24);
@@ -126,12 +126,12 @@ QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius
         append(e.x - shapeBounds.x());
         append(e.y - shapeBounds.y());
     }
-    static QHash<QByteArray, QImage> cache;
-    if (auto it = cache.constFind(key); it != cache.constEnd())
-        return *it;
-    if (cache.size() > 512)
-        cache.clear();
+    return key;
+}
 
+QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius, double scale)
+{
+    const QRectF shapeBounds = shape.boundingRect();
     // A wide blur loses nothing when computed on a coarser grid and scaled back up: keep the
     // radius near 4 pixels of the layer, which makes large glows cheap.
     constexpr double kLayerRadius = 4;
@@ -157,13 +157,10 @@ QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius
         p.setCompositionMode(QPainter::CompositionMode_DestinationIn);
         p.drawImage(0, 0, blurred(coverage, radius * layerScale));
     }
-    // Keep the many small ones; a plate-sized shadow is drawn once into its plate's own image.
-    if (soft.sizeInBytes() <= kLargestKeptShadowBytes)
-        cache.insert(key, soft);
     return soft;
 }
 
-void paintShadow(QPainter& painter, const QPainterPath& shape, const QColor& color, double radius, QPointF offset)
+void paintShadow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, const QColor& color, double radius, QPointF offset)
 {
     if (color.alpha() == 0)
         return;
@@ -171,7 +168,9 @@ void paintShadow(QPainter& painter, const QPainterPath& shape, const QColor& col
         painter.fillPath(shape.translated(offset), color);
         return;
     }
-    const QImage soft = shadowImage(shape, color, radius, deviceScale(painter));
+    const double scale = deviceScale(painter);
+    const auto make = [&] { return shadowImage(shape, color, radius, scale); };
+    const QImage soft = cache ? cache->shadow(shadowKey(shape, color, radius, scale), make) : make();
     const double margin = radius * 3;
     const QRectF shapeBounds = shape.boundingRect();
     const QRectF target(shapeBounds.topLeft() + offset - QPointF(margin, margin),
@@ -182,16 +181,16 @@ void paintShadow(QPainter& painter, const QPainterPath& shape, const QColor& col
     painter.restore();
 }
 
-void paintHardShadow(QPainter& painter, const QPainterPath& shape, double depth, double opacity)
+void paintHardShadow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, double depth, double opacity)
 {
-    paintShadow(painter, shape, QColor::fromRgbF(0, 0, 0, float(opacity)), 0.35 * depth, QPointF(-depth, 1.1 * depth));
+    paintShadow(painter, cache, shape, QColor::fromRgbF(0, 0, 0, float(opacity)), 0.35 * depth, QPointF(-depth, 1.1 * depth));
 }
 
-void paintGlow(QPainter& painter, const QPainterPath& shape, const QColor& color, double opacity, double radius)
+void paintGlow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, const QColor& color, double opacity, double radius)
 {
     QColor c = color;
     c.setAlphaF(float(opacity * color.alphaF()));
-    paintShadow(painter, shape, c, radius, QPointF(0, 0));
+    paintShadow(painter, cache, shape, c, radius, QPointF(0, 0));
 }
 
 } // namespace orvan::render

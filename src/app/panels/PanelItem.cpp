@@ -2,6 +2,7 @@
 
 #include "OrvanMIDI.h"
 #include "RCUModel.h"
+#include "PaintingScene.h"
 #include "StaticLayerCache.h"
 #include "BrushedTexture.h"
 
@@ -125,7 +126,8 @@ PanelItem::FlatPlate PanelItem::flatPlate(const QTransform& toDevice, QPainter::
         p.end();
         StaticLayerCache::store(name, key, flat.image);
         // Every plate is painted within the same frame; after it the grain image is not needed.
-        QTimer::singleShot(0, &render::releaseBrushedTextures);
+        if (render::PaintCache* cache = PaintingScene::cacheOf(*this))
+            QTimer::singleShot(0, scene(), [cache] { cache->releaseGrain(); });
     }
     return flat;
 }

@@ -1,6 +1,7 @@
 #include "ReflectionItem.h"
 
 #include "Blur.h"
+#include "PaintingScene.h"
 #include "PanelItem.h"
 
 #include <QGraphicsScene>
@@ -12,7 +13,7 @@ namespace orvan {
 
 ReflectionItem::ReflectionItem(std::function<PanelItem*()> makeCopy, QSizeF plateSize, QGraphicsItem* parent)
     : QGraphicsObject(parent)
-    , m_scene(std::make_unique<QGraphicsScene>())
+    , m_scene(std::make_unique<PaintingScene>())
     , m_copy(makeCopy())
     , m_plateSize(plateSize)
 {
