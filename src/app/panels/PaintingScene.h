@@ -4,6 +4,7 @@
 
 #include <QGraphicsItem>
 #include <QGraphicsScene>
+#include <memory>
 
 namespace orvan {
 
@@ -17,11 +18,15 @@ public:
     static render::PaintCache* cacheOf(const QGraphicsItem& item)
     {
         auto* scene = dynamic_cast<PaintingScene*>(item.scene());
-        return scene ? &scene->m_paintCache : nullptr;
+        return scene ? scene->m_paintCache.get() : nullptr;
     }
 
+    /// Paints with `other`'s cache from now on: a private scene of copies (the reflections')
+    /// shows the same controls, whose shadows need not be blurred twice.
+    void shareCacheWith(const PaintingScene& other) { m_paintCache = other.m_paintCache; }
+
 private:
-    render::PaintCache m_paintCache;
+    std::shared_ptr<render::PaintCache> m_paintCache = std::make_shared<render::PaintCache>();
 };
 
 } // namespace orvan

@@ -57,6 +57,8 @@ void ReflectionItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, Q
         * painter->device()->devicePixelRatioF();
     if (deviceScale != m_imageScale)
         m_dirty = boundingRect();
+    if (auto* stage = dynamic_cast<PaintingScene*>(scene()))
+        m_scene->shareCacheWith(*stage);
     if (!m_dirty.isEmpty())
         rebuild(deviceScale);
     painter->drawImage(boundingRect(), m_image);
