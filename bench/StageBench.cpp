@@ -14,10 +14,12 @@
 #include "stage/StageWindow.h"
 #include "time/ManualClock.h"
 
+#include "BenchTable.h"
+#include "StartupTimes.h"
+
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QPainter>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QWheelEvent>
 #include <algorithm>
@@ -27,32 +29,9 @@
 #include <vector>
 
 using namespace orvan;
+using namespace orvan::bench;
 
 namespace {
-
-struct Row {
-    QString measure;
-    QString result;
-    QString budget;
-    bool met;
-};
-std::vector<Row> rows;
-
-void addRow(QString measure, QString result, QString budget, bool met)
-{
-    rows.push_back({std::move(measure), std::move(result), std::move(budget), met});
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[values.size() / 2];
-}
-
-double elapsedMs(const QElapsedTimer& t)
-{
-    return double(t.nsecsElapsed()) / 1e6;
-}
 
 /// The application over a virtual MIDI world, on the offscreen platform.
 struct Rig {
@@ -95,11 +74,6 @@ QImage frameFor(const Rig& rig, double dpr)
     QImage image(rig.shell->window().size() * dpr, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(dpr);
     return image;
-}
-
-double lowest(const std::vector<double>& values)
-{
-    return values.empty() ? 0 : *std::min_element(values.begin(), values.end());
 }
 
 /// Paints the whole window into `image` once; returns the milliseconds it took.
@@ -291,127 +265,6 @@ void flood()
            QStringLiteral("< 8 ms"), longest < 8);
 }
 
-struct Launch {
-    double ms = -1;
-    long rssKb = -1;
-};
-
-/// Starts `program` with a private data folder and the cache folder `cache`, on the X display
-/// `display` if one is named (else offscreen); returns the milliseconds from spawn to its
-/// "painted" line and its resident size once settled.
-Launch launch(const QString& program, const QStringList& arguments, const QString& cache, const QString& display)
-{
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    QTemporaryDir data;
-    env.insert(QStringLiteral("XDG_DATA_HOME"), data.path());
-    env.insert(QStringLiteral("XDG_CACHE_HOME"), cache);
-    if (!display.isEmpty()) { // a real window on an X server, as a user has
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-        env.insert(QStringLiteral("DISPLAY"), display);
-    }
-    process.setProcessEnvironment(env);
-    QElapsedTimer t;
-    t.start();
-    process.start(program, arguments);
-    Launch result;
-    bool settled = false;
-    while (!settled && process.waitForReadyRead(10000)) {
-        while (process.canReadLine()) {
-            const QByteArray line = process.readLine().trimmed();
-            if (line.startsWith("painted"))
-                result.ms = elapsedMs(t);
-            if (line.startsWith("settled")) {
-                result.rssKb = line.mid(8).toLong();
-                settled = true;
-            }
-        }
-    }
-    process.waitForFinished(5000);
-    if (process.state() != QProcess::NotRunning)
-        process.kill();
-    return result;
-}
-
-/// One build's start-ups: the build being measured, or an older one beside it.
-struct StartSubject {
-    QString name;
-    QString probe;
-    QTemporaryDir warmCache;
-    std::vector<double> cold, warm;
-    long coldRss = 0, warmRss = 0;
-};
-
-void startup(const QStringList& probes, const QString& display)
-{
-    constexpr int kTrials = 9;
-    const QString where = display.isEmpty() ? QStringLiteral("offscreen") : QStringLiteral("Xvfb");
-    const QStringList app{QStringLiteral("--demo")};
-    // A warm start finds the plates a previous start left in its cache folder; a cold one finds
-    // an empty folder. Every build's starts and the empty window take turns, so a load that
-    // drifts weighs on all of them alike.
-    std::vector<std::unique_ptr<StartSubject>> subjects;
-    for (const QString& probe : probes) {
-        auto subject = std::make_unique<StartSubject>();
-        subject->name = subjects.empty() ? QStringLiteral("OrvanRCU") : QStringLiteral("before");
-        subject->probe = probe;
-        launch(probe, app, subject->warmCache.path(), display);
-        subjects.push_back(std::move(subject));
-    }
-    std::vector<double> empty;
-    long emptyRss = 0;
-    for (int i = 0; i < kTrials; ++i) {
-        for (const auto& subject : subjects) {
-            QTemporaryDir coldCache;
-            const Launch c = launch(subject->probe, app, coldCache.path(), display);
-            const Launch w = launch(subject->probe, app, subject->warmCache.path(), display);
-            subject->cold.push_back(c.ms);
-            subject->warm.push_back(w.ms);
-            subject->coldRss = std::max(subject->coldRss, c.rssKb);
-            subject->warmRss = std::max(subject->warmRss, w.rssKb);
-        }
-        QTemporaryDir emptyCache;
-        const Launch e = launch(probes[0], {QStringLiteral("--empty-window")}, emptyCache.path(), display);
-        empty.push_back(e.ms);
-        emptyRss = std::max(emptyRss, e.rssKb);
-    }
-    addRow(QStringLiteral("Start-up to first frame (%1): empty Qt window, min / median").arg(where),
-           QStringLiteral("%1 / %2 ms").arg(lowest(empty), 0, 'f', 0).arg(median(empty), 0, 'f', 0), QString(), true);
-    for (const auto& subject : subjects) {
-        for (const auto& [name, times, goal] : {std::tuple{QStringLiteral("cold cache"), subject->cold, 1.6},
-                                                std::tuple{QStringLiteral("warm cache"), subject->warm, 1.2}}) {
-            const double ratio = median(times) / median(empty);
-            addRow(QStringLiteral("Start-up (%1): %2, %3, min / median (ratio)").arg(where, subject->name, name),
-                   QStringLiteral("%1 / %2 ms (%3 x)").arg(lowest(times), 0, 'f', 0).arg(median(times), 0, 'f', 0).arg(ratio, 0, 'f', 2),
-                   QStringLiteral("< %1 x").arg(goal), ratio < goal);
-        }
-    }
-    for (const auto& subject : subjects) {
-        for (const auto& [name, rss] : {std::pair{QStringLiteral("cold"), subject->coldRss}, std::pair{QStringLiteral("warm"), subject->warmRss}}) {
-            const double extraMb = (rss - emptyRss) / 1024.0;
-            addRow(QStringLiteral("Memory after a %1 start, %2 (%3; empty window: %4 MB)").arg(name, subject->name, where).arg(emptyRss / 1024.0, 0, 'f', 1),
-                   QStringLiteral("%1 MB (+%2 MB)").arg(rss / 1024.0, 0, 'f', 1).arg(extraMb, 0, 'f', 1),
-                   QStringLiteral("< +15 MB"), extraMb < 15);
-        }
-    }
-}
-
-void iconExport(const QString& app)
-{
-    QTemporaryDir dir;
-    std::vector<double> times;
-    for (int i = 0; i < 5; ++i) {
-        QProcess process;
-        QElapsedTimer t;
-        t.start();
-        process.start(app, {QStringLiteral("--render-icon"), dir.filePath(QStringLiteral("icon.png"))});
-        process.waitForFinished(10000);
-        times.push_back(elapsedMs(t));
-    }
-    addRow(QStringLiteral("--render-icon, whole process (median of 5)"), QStringLiteral("%1 ms").arg(median(times), 0, 'f', 0),
-           QStringLiteral("< 400 ms"), median(times) < 400);
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -439,11 +292,11 @@ int main(int argc, char** argv)
     QStringList probes{args[2]};
     if (const QString before = qEnvironmentVariable("ORVAN_BENCH_BEFORE"); !before.isEmpty())
         probes.append(before);
-    startup(probes, QString());
+    startupRows(probes, QString());
     // scripts/bench names a private Xvfb display here when it could start one.
     if (const QString display = qEnvironmentVariable("ORVAN_BENCH_DISPLAY"); !display.isEmpty())
-        startup(probes, display);
-    iconExport(args[1]);
+        startupRows(probes, display);
+    iconExportRow(args[1]);
 
     std::printf("\n| %-58s | %-26s | %-18s | %-4s |\n", "Measure", "Result", "Budget", "Met");
     std::printf("|%s|%s|%s|%s|\n", QByteArray(60, '-').constData(), QByteArray(28, '-').constData(),
