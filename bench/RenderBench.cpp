@@ -1,5 +1,6 @@
 // The cost of painting each control and a 1440 x 260 plate's texture, cold (nothing cached) and
 // cached, at 1x and 2x.
+#include "Blur.h"
 #include "BrushedTexture.h"
 #include "Controls.h"
 #include "GainDisplay.h"
@@ -56,6 +57,14 @@ void plateTextureCached(benchmark::State& s)
 {
     paintLoop(s, {1440, 260}, [](QPainter& p) { paintBrushedTexture(p, &cache, QRectF(0, 0, 1440, 260), false); });
 }
+// A reflection's blur: a plate-wide strip of colour, as the reflections blur at every change.
+void reflectionBlur(benchmark::State& s)
+{
+    const double dpr = double(s.range(0));
+    QImage strip = target(QSize(1440, 120), dpr);
+    for (auto _ : s)
+        benchmark::DoNotOptimize(blurred(strip, 0.7 * dpr));
+}
 void plateHardLight(benchmark::State& s) { paintLoop(s, {1440, 260}, [](QPainter& p) { paintHardLight(p, {0, 0, 1440, 260}); }); }
 
 BENCHMARK(glossButton)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
@@ -65,6 +74,7 @@ BENCHMARK(screw)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
 BENCHMARK(readout)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
 BENCHMARK(plateTextureCold)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(plateTextureCached)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(reflectionBlur)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(plateHardLight)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
 } // namespace
