@@ -4,6 +4,7 @@
 
 #include <QGraphicsItem>
 #include <QGraphicsScene>
+#include <QTimer>
 #include <memory>
 
 namespace orvan {
@@ -19,6 +20,12 @@ public:
     {
         auto* scene = dynamic_cast<PaintingScene*>(item.scene());
         return scene ? scene->m_paintCache.get() : nullptr;
+    }
+
+    /// Frees the grain images once the current frame is over (the plates keep their own painting).
+    void releaseGrainLater()
+    {
+        QTimer::singleShot(0, this, [this] { m_paintCache->releaseGrain(); });
     }
 
     /// Paints with `other`'s cache from now on: a private scene of copies (the reflections')
