@@ -1,9 +1,11 @@
 // The cost of painting each control and a 1440 x 260 plate's texture, cold (nothing cached) and
 // cached, at 1x and 2x.
+#include "Blur.h"
 #include "BrushedTexture.h"
 #include "Controls.h"
 #include "GainDisplay.h"
 #include "HardLight.h"
+#include "PaintCache.h"
 #include "Theme.h"
 
 #include <QGuiApplication>
@@ -13,6 +15,9 @@
 using namespace orvan::render;
 
 namespace {
+
+// The stage keeps one for its lifetime; here one for the run, so "cached" means what it says.
+PaintCache cache;
 
 QImage target(QSize size, double dpr)
 {
@@ -33,13 +38,13 @@ void paintLoop(benchmark::State& state, QSize size, Paint paint)
     }
 }
 
-void glossButton(benchmark::State& s) { paintLoop(s, {80, 50}, [](QPainter& p) { paintGlossButton(p, {17, 12, 46, 26}, true); }); }
-void led(benchmark::State& s) { paintLoop(s, {30, 30}, [](QPainter& p) { paintLED(p, {15, 15}, 10, true, Qt::red); }); }
-void knob(benchmark::State& s) { paintLoop(s, {90, 90}, [](QPainter& p) { paintKnob(p, {45, 45}, 0.5); }); }
-void screw(benchmark::State& s) { paintLoop(s, {30, 30}, [](QPainter& p) { paintScrew(p, {15, 15}, 16); }); }
+void glossButton(benchmark::State& s) { paintLoop(s, {80, 50}, [](QPainter& p) { paintGlossButton(p, &cache, {17, 12, 46, 26}, true); }); }
+void led(benchmark::State& s) { paintLoop(s, {30, 30}, [](QPainter& p) { paintLED(p, &cache, {15, 15}, 10, true, Qt::red); }); }
+void knob(benchmark::State& s) { paintLoop(s, {90, 90}, [](QPainter& p) { paintKnob(p, &cache, {45, 45}, 0.5); }); }
+void screw(benchmark::State& s) { paintLoop(s, {30, 30}, [](QPainter& p) { paintScrew(p, &cache, {15, 15}, 16); }); }
 void readout(benchmark::State& s)
 {
-    paintLoop(s, {100, 80}, [](QPainter& p) { paintGainDisplay(p, {50, 40}, GainDisplay{42, true, true, Theme::engraving()}); });
+    paintLoop(s, {100, 80}, [](QPainter& p) { paintGainDisplay(p, &cache, {50, 40}, GainDisplay{42, true, true, Theme::engraving()}); });
 }
 
 // Cold: the texture drawn from its generator, as on the first frame at a new size.
@@ -50,7 +55,15 @@ void plateTextureCold(benchmark::State& s)
 // Cached: what every later repaint of the plate costs.
 void plateTextureCached(benchmark::State& s)
 {
-    paintLoop(s, {1440, 260}, [](QPainter& p) { paintBrushedTexture(p, QRectF(0, 0, 1440, 260), false); });
+    paintLoop(s, {1440, 260}, [](QPainter& p) { paintBrushedTexture(p, &cache, QRectF(0, 0, 1440, 260), false); });
+}
+// A reflection's blur: a plate-wide strip of colour, as the reflections blur at every change.
+void reflectionBlur(benchmark::State& s)
+{
+    const double dpr = double(s.range(0));
+    QImage strip = target(QSize(1440, 120), dpr);
+    for (auto _ : s)
+        benchmark::DoNotOptimize(blurred(strip, 0.7 * dpr));
 }
 void plateHardLight(benchmark::State& s) { paintLoop(s, {1440, 260}, [](QPainter& p) { paintHardLight(p, {0, 0, 1440, 260}); }); }
 
@@ -61,6 +74,7 @@ BENCHMARK(screw)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
 BENCHMARK(readout)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
 BENCHMARK(plateTextureCold)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(plateTextureCached)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(reflectionBlur)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(plateHardLight)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
 } // namespace

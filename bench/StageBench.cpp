@@ -12,47 +12,26 @@
 #include "panels/OrvanPanelItem.h"
 #include "stage/StageScene.h"
 #include "stage/StageWindow.h"
-#include "stage/StartupFrame.h"
 #include "time/ManualClock.h"
+
+#include "BenchTable.h"
+#include "StartupTimes.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QPainter>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 using namespace orvan;
+using namespace orvan::bench;
 
 namespace {
-
-struct Row {
-    QString measure;
-    QString result;
-    QString budget;
-    bool met;
-};
-std::vector<Row> rows;
-
-void addRow(QString measure, QString result, QString budget, bool met)
-{
-    rows.push_back({std::move(measure), std::move(result), std::move(budget), met});
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[values.size() / 2];
-}
-
-double elapsedMs(const QElapsedTimer& t)
-{
-    return double(t.nsecsElapsed()) / 1e6;
-}
 
 /// The application over a virtual MIDI world, on the offscreen platform.
 struct Rig {
@@ -66,14 +45,14 @@ struct Rig {
         app = std::make_unique<OrvanRCUApp>(std::move(system), clock, clock);
         shell = std::make_unique<ApplicationShell>(*app);
     }
-    /// Shows the window and waits until start-up is over: the first frame and the full render
-    /// that follows it, which would otherwise fall into the first measurement.
+    /// Shows the window and waits until start-up is over: the first frame and the tasks it left
+    /// behind, which would otherwise fall into the first measurement.
     void showAndSettle()
     {
         shell->show();
         QElapsedTimer waited;
         waited.start();
-        while (!shell->startupFrame().hasSettled() && waited.elapsed() < 5000)
+        while (waited.elapsed() < 300)
             QApplication::processEvents();
     }
     OrvanPanelItem* orvanPanel() const
@@ -95,11 +74,6 @@ QImage frameFor(const Rig& rig, double dpr)
     QImage image(rig.shell->window().size() * dpr, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(dpr);
     return image;
-}
-
-double lowest(const std::vector<double>& values)
-{
-    return values.empty() ? 0 : *std::min_element(values.begin(), values.end());
 }
 
 /// Paints the whole window into `image` once; returns the milliseconds it took.
@@ -291,104 +265,6 @@ void flood()
            QStringLiteral("< 8 ms"), longest < 8);
 }
 
-struct Launch {
-    double ms = -1;
-    long rssKb = -1;
-};
-
-/// Starts `program` with a private data folder and the cache folder `cache`, on the X display
-/// `display` if one is named (else offscreen); returns the milliseconds from spawn to its
-/// "painted" line and its resident size once settled.
-Launch launch(const QString& program, const QStringList& arguments, const QString& cache, const QString& display)
-{
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    QTemporaryDir data;
-    env.insert(QStringLiteral("XDG_DATA_HOME"), data.path());
-    env.insert(QStringLiteral("XDG_CACHE_HOME"), cache);
-    if (!display.isEmpty()) { // a real window on an X server, as a user has
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-        env.insert(QStringLiteral("DISPLAY"), display);
-    }
-    process.setProcessEnvironment(env);
-    QElapsedTimer t;
-    t.start();
-    process.start(program, arguments);
-    Launch result;
-    bool settled = false;
-    while (!settled && process.waitForReadyRead(10000)) {
-        while (process.canReadLine()) {
-            const QByteArray line = process.readLine().trimmed();
-            if (line.startsWith("painted"))
-                result.ms = elapsedMs(t);
-            if (line.startsWith("settled")) {
-                result.rssKb = line.mid(8).toLong();
-                settled = true;
-            }
-        }
-    }
-    process.waitForFinished(5000);
-    if (process.state() != QProcess::NotRunning)
-        process.kill();
-    return result;
-}
-
-void startup(const QString& probe, const QString& display)
-{
-    constexpr int kTrials = 9;
-    const QString where = display.isEmpty() ? QStringLiteral("offscreen") : QStringLiteral("Xvfb");
-    const QStringList app{QStringLiteral("--demo")};
-    // A warm start finds the layers and the first frame a previous start left in its cache
-    // folder; a cold one finds an empty folder. The three take turns, so a load that drifts
-    // weighs on all of them alike.
-    QTemporaryDir warmCache;
-    launch(probe, app, warmCache.path(), display);
-    std::vector<double> cold, warm, empty;
-    long coldRss = 0, warmRss = 0, emptyRss = 0;
-    for (int i = 0; i < kTrials; ++i) {
-        QTemporaryDir coldCache;
-        const Launch c = launch(probe, app, coldCache.path(), display);
-        const Launch w = launch(probe, app, warmCache.path(), display);
-        const Launch e = launch(probe, {QStringLiteral("--empty-window")}, coldCache.path(), display);
-        cold.push_back(c.ms);
-        warm.push_back(w.ms);
-        empty.push_back(e.ms);
-        coldRss = std::max(coldRss, c.rssKb);
-        warmRss = std::max(warmRss, w.rssKb);
-        emptyRss = std::max(emptyRss, e.rssKb);
-    }
-    addRow(QStringLiteral("Start-up to first frame (%1): empty Qt window, min / median").arg(where),
-           QStringLiteral("%1 / %2 ms").arg(lowest(empty), 0, 'f', 0).arg(median(empty), 0, 'f', 0), QString(), true);
-    for (const auto& [name, times] : {std::pair{QStringLiteral("cold cache"), cold}, std::pair{QStringLiteral("warm cache"), warm}}) {
-        const double ratio = median(times) / median(empty);
-        addRow(QStringLiteral("Start-up (%1): OrvanRCU, %2, min / median (ratio)").arg(where, name),
-               QStringLiteral("%1 / %2 ms (%3 x)").arg(lowest(times), 0, 'f', 0).arg(median(times), 0, 'f', 0).arg(ratio, 0, 'f', 2),
-               QStringLiteral("< 1.6 x"), ratio < 1.6);
-    }
-    for (const auto& [name, rss] : {std::pair{QStringLiteral("cold"), coldRss}, std::pair{QStringLiteral("warm"), warmRss}}) {
-        const double extraMb = (rss - emptyRss) / 1024.0;
-        addRow(QStringLiteral("Memory after a %1 start (%2; empty window: %3 MB)").arg(name, where).arg(emptyRss / 1024.0, 0, 'f', 1),
-               QStringLiteral("%1 MB (+%2 MB)").arg(rss / 1024.0, 0, 'f', 1).arg(extraMb, 0, 'f', 1),
-               QStringLiteral("< +20 MB"), extraMb < 20);
-    }
-}
-
-void iconExport(const QString& app)
-{
-    QTemporaryDir dir;
-    std::vector<double> times;
-    for (int i = 0; i < 5; ++i) {
-        QProcess process;
-        QElapsedTimer t;
-        t.start();
-        process.start(app, {QStringLiteral("--render-icon"), dir.filePath(QStringLiteral("icon.png"))});
-        process.waitForFinished(10000);
-        times.push_back(elapsedMs(t));
-    }
-    addRow(QStringLiteral("--render-icon, whole process (median of 5)"), QStringLiteral("%1 ms").arg(median(times), 0, 'f', 0),
-           QStringLiteral("< 400 ms"), median(times) < 400);
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -411,11 +287,16 @@ int main(int argc, char** argv)
     reportToScreen();
     flood();
     DemoMode::shared().setActive(false);
-    startup(args[2], QString());
+    // ORVAN_BENCH_BEFORE names an older build's startup_probe, timed beside this one in the same
+    // run, so that a change to start-up is read from the same moments.
+    QStringList probes{args[2]};
+    if (const QString before = qEnvironmentVariable("ORVAN_BENCH_BEFORE"); !before.isEmpty())
+        probes.append(before);
+    startupRows(probes, QString());
     // scripts/bench names a private Xvfb display here when it could start one.
     if (const QString display = qEnvironmentVariable("ORVAN_BENCH_DISPLAY"); !display.isEmpty())
-        startup(args[2], display);
-    iconExport(args[1]);
+        startupRows(probes, display);
+    iconExportRow(args[1]);
 
     std::printf("\n| %-58s | %-26s | %-18s | %-4s |\n", "Measure", "Result", "Budget", "Met");
     std::printf("|%s|%s|%s|%s|\n", QByteArray(60, '-').constData(), QByteArray(28, '-').constData(),

@@ -7,10 +7,8 @@
 #include "WheelEventFilter.h"
 #include "access/AccessLayer.h"
 #include "dialogs/ConfirmationDialogs.h"
-#include "stage/StageLook.h"
 #include "stage/StageScene.h"
 #include "stage/StageWindow.h"
-#include "stage/StartupFrame.h"
 #include "time/SystemClock.h"
 
 #include <QDir>
@@ -62,8 +60,6 @@ ApplicationShell::ApplicationShell(OrvanRCUApp& app)
     UndoHistory& history = app.undoHistory();
     m_window->setHistoryHandlers([&history] { history.undo(); }, [&history] { history.redo(); });
     new AccessLayer(*m_stage, *m_window); // the window owns it
-    m_startupFrame = new StartupFrame(*m_window->viewport(), [&app] { return StageLook::describe(app); });
-    m_window->setStartupFrame(m_startupFrame);
     // The stage shows the Orvan's dialogs; the Dunra panel has its own, with its own wording.
     m_orvanDialogs = new ConfirmationDialogs(app.orvanModel(), DialogTexts::orvan(), m_window.get());
     m_dunraDialogs = new ConfirmationDialogs(app.dunraModel(), DialogTexts::dunra(), m_window.get());

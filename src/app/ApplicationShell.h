@@ -8,7 +8,6 @@ class ConfirmationDialogs;
 class OrvanRCUApp;
 class StageScene;
 class StageWindow;
-class StartupFrame;
 
 /// The running application's visible parts: the stage, its window, and the two units' dialogs.
 class ApplicationShell {
@@ -22,14 +21,12 @@ public:
     StageWindow& window() const { return *m_window; }
     ConfirmationDialogs& orvanDialogs() const { return *m_orvanDialogs; }
     ConfirmationDialogs& dunraDialogs() const { return *m_dunraDialogs; }
-    StartupFrame& startupFrame() const { return *m_startupFrame; }
 
 private:
     std::unique_ptr<StageScene> m_stage;
     std::unique_ptr<StageWindow> m_window;
     ConfirmationDialogs* m_orvanDialogs;
     ConfirmationDialogs* m_dunraDialogs;
-    StartupFrame* m_startupFrame;
 };
 
 } // namespace orvan

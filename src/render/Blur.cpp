@@ -1,7 +1,8 @@
 #include "Blur.h"
 
+#include "PaintCache.h"
+
 #include <QPainter>
-#include <QHash>
 #include <QPainterPath>
 #include <algorithm>
 #include <cmath>
@@ -10,6 +11,30 @@
 namespace orvan::render {
 
 namespace {
+
+/// Rounded division by the box's window, as a multiply: a division per channel and pixel was most
+/// of a pass's time. Exact for every sum a window of 8-bit values can reach while
+/// window² < 2^24, which holds for any blur this app asks for (windows of a few dozen pixels);
+/// wider ones divide.
+class WindowAverage {
+public:
+    explicit WindowAverage(int window)
+        : m_window(quint32(window))
+        , m_half(quint32(window / 2))
+        , m_reciprocal(((quint64(1) << 32) + quint64(window) - 1) / quint64(window))
+        , m_exact(window < 4096)
+    {
+    }
+    quint32 operator()(quint32 sum) const
+    {
+        return m_exact ? quint32((quint64(sum + m_half) * m_reciprocal) >> 32) : (sum + m_half) / m_window;
+    }
+
+private:
+    quint32 m_window, m_half;
+    quint64 m_reciprocal;
+    bool m_exact;
+};
 
 // One horizontal box pass of half-width r over premultiplied ARGB32 rows, written transposed so
 // that running it twice covers both directions with the same code.
@@ -22,6 +47,7 @@ QImage boxPassTransposed(const QImage& src, int r)
     uchar* const bits = dst.bits();
     const qsizetype stride = dst.bytesPerLine();
     const int window = 2 * r + 1;
+    const WindowAverage average(window);
     std::vector<quint32> row(std::size_t(w + 2 * r));
     for (int y = 0; y < h; ++y) {
         const auto* in = reinterpret_cast<const quint32*>(src.constScanLine(y));
@@ -37,7 +63,7 @@ QImage boxPassTransposed(const QImage& src, int r)
                 sum[c] += (entering >> (8 * c)) & 0xFF;
             quint32 out = 0;
             for (int c = 0; c < 4; ++c)
-                out |= ((sum[c] + quint32(window / 2)) / quint32(window)) << (8 * c);
+                out |= average(sum[c]) << (8 * c);
             reinterpret_cast<quint32*>(bits + x * stride)[y] = out;
             const quint32 leaving = row[std::size_t(x)];
             for (int c = 0; c < 4; ++c)
@@ -55,6 +81,7 @@ QImage boxPassTransposedAlpha(const QImage& src, int r)
     uchar* const bits = dst.bits();
     const qsizetype stride = dst.bytesPerLine();
     const int window = 2 * r + 1;
+    const WindowAverage average(window);
     std::vector<quint8> row(std::size_t(w + 2 * r));
     for (int y = 0; y < h; ++y) {
         const quint8* in = src.constScanLine(y);
@@ -65,7 +92,7 @@ QImage boxPassTransposedAlpha(const QImage& src, int r)
             sum += row[std::size_t(i)];
         for (int x = 0; x < w; ++x) {
             sum += row[std::size_t(x + window - 1)];
-            bits[x * stride + y] = quint8((sum + quint32(window / 2)) / quint32(window));
+            bits[x * stride + y] = quint8(average(sum));
             sum -= row[std::size_t(x)];
         }
     }
@@ -107,12 +134,11 @@ QImage blurred(const QImage& image, double radius)
     return out;
 }
 
-QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius, double scale)
+/// The blurred image of a shape depends only on the shape's outline (not where it stands), its
+/// colour, the radius and the device scale: the panels' many identical lamps, buttons and screws
+/// share one.
+QByteArray shadowKey(const QPainterPath& shape, const QColor& color, double radius, double scale)
 {
-    constexpr qsizetype kLargestKeptShadowBytes = 128 * 1024;
-    // The blurred image of a shape depends only on the shape's outline (not where it stands), its
-    // colour, the radius and the device scale: the panels' many identical lamps, buttons and
-    // screws share one.
     const QRectF shapeBounds = shape.boundingRect();
     QByteArray key;
     key.reserve(64 + shape.elementCount() * 24);
@@ -126,12 +152,12 @@ QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius
         append(e.x - shapeBounds.x());
         append(e.y - shapeBounds.y());
     }
-    static QHash<QByteArray, QImage> cache;
-    if (auto it = cache.constFind(key); it != cache.constEnd())
-        return *it;
-    if (cache.size() > 512)
-        cache.clear();
+    return key;
+}
 
+QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius, double scale)
+{
+    const QRectF shapeBounds = shape.boundingRect();
     // A wide blur loses nothing when computed on a coarser grid and scaled back up: keep the
     // radius near 4 pixels of the layer, which makes large glows cheap.
     constexpr double kLayerRadius = 4;
@@ -157,13 +183,10 @@ QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius
         p.setCompositionMode(QPainter::CompositionMode_DestinationIn);
         p.drawImage(0, 0, blurred(coverage, radius * layerScale));
     }
-    // Keep the many small ones; a plate-sized shadow is drawn once into its plate's own image.
-    if (soft.sizeInBytes() <= kLargestKeptShadowBytes)
-        cache.insert(key, soft);
     return soft;
 }
 
-void paintShadow(QPainter& painter, const QPainterPath& shape, const QColor& color, double radius, QPointF offset)
+void paintShadow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, const QColor& color, double radius, QPointF offset)
 {
     if (color.alpha() == 0)
         return;
@@ -171,7 +194,9 @@ void paintShadow(QPainter& painter, const QPainterPath& shape, const QColor& col
         painter.fillPath(shape.translated(offset), color);
         return;
     }
-    const QImage soft = shadowImage(shape, color, radius, deviceScale(painter));
+    const double scale = deviceScale(painter);
+    const auto make = [&] { return shadowImage(shape, color, radius, scale); };
+    const QImage soft = cache ? cache->shadow(shadowKey(shape, color, radius, scale), make) : make();
     const double margin = radius * 3;
     const QRectF shapeBounds = shape.boundingRect();
     const QRectF target(shapeBounds.topLeft() + offset - QPointF(margin, margin),
@@ -182,16 +207,16 @@ void paintShadow(QPainter& painter, const QPainterPath& shape, const QColor& col
     painter.restore();
 }
 
-void paintHardShadow(QPainter& painter, const QPainterPath& shape, double depth, double opacity)
+void paintHardShadow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, double depth, double opacity)
 {
-    paintShadow(painter, shape, QColor::fromRgbF(0, 0, 0, float(opacity)), 0.35 * depth, QPointF(-depth, 1.1 * depth));
+    paintShadow(painter, cache, shape, QColor::fromRgbF(0, 0, 0, float(opacity)), 0.35 * depth, QPointF(-depth, 1.1 * depth));
 }
 
-void paintGlow(QPainter& painter, const QPainterPath& shape, const QColor& color, double opacity, double radius)
+void paintGlow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, const QColor& color, double opacity, double radius)
 {
     QColor c = color;
     c.setAlphaF(float(opacity * color.alphaF()));
-    paintShadow(painter, shape, c, radius, QPointF(0, 0));
+    paintShadow(painter, cache, shape, c, radius, QPointF(0, 0));
 }
 
 } // namespace orvan::render

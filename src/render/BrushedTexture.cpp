@@ -1,8 +1,8 @@
 #include "BrushedTexture.h"
 
+#include "PaintCache.h"
 #include "SplitMix64.h"
 
-#include <QHash>
 #include <QPainter>
 #include <cmath>
 
@@ -43,47 +43,30 @@ void BrushedTexture::draw(QPainter& painter, QSizeF size) const
     painter.restore();
 }
 
-namespace {
-QHash<QString, QImage>& textures()
-{
-    static QHash<QString, QImage> cache;
-    return cache;
-}
-} // namespace
-
-void releaseBrushedTextures()
-{
-    textures().clear();
-}
-
 QImage brushedTextureImage(QSizeF size, bool vertical, double deviceScale)
 {
-    QHash<QString, QImage>& cache = textures();
-    const QString key = QStringLiteral("%1x%2:%3@%4").arg(size.width()).arg(size.height()).arg(vertical).arg(deviceScale);
-    if (auto it = cache.constFind(key); it != cache.constEnd())
-        return *it;
-    if (cache.size() > 16)
-        cache.clear(); // sizes are few and fixed; this only guards against a resize storm
-
     const QSize pixels(std::max(1, int(std::ceil(size.width() * deviceScale))),
                        std::max(1, int(std::ceil(size.height() * deviceScale))));
     QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
-    {
-        QPainter p(&image);
-        p.setRenderHint(QPainter::Antialiasing);
-        p.scale(deviceScale, deviceScale);
-        BrushedTexture{vertical}.draw(p, size);
-    }
-    cache.insert(key, image);
+    QPainter p(&image);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.scale(deviceScale, deviceScale);
+    BrushedTexture{vertical}.draw(p, size);
     return image;
 }
 
-void paintBrushedTexture(QPainter& painter, const QRectF& rect, bool vertical)
+void paintBrushedTexture(QPainter& painter, PaintCache* cache, const QRectF& rect, bool vertical)
 {
     const QTransform t = painter.deviceTransform();
     const double scale = std::sqrt(std::abs(t.m11() * t.m22() - t.m12() * t.m21()));
-    painter.drawImage(rect, brushedTextureImage(rect.size(), vertical, scale));
+    const auto make = [&] { return brushedTextureImage(rect.size(), vertical, scale); };
+    if (!cache) {
+        painter.drawImage(rect, make());
+        return;
+    }
+    const QByteArray key = QStringLiteral("%1x%2:%3@%4").arg(rect.width()).arg(rect.height()).arg(vertical).arg(scale).toLatin1();
+    painter.drawImage(rect, cache->grain(key, make));
 }
 
 } // namespace orvan::render

@@ -7,6 +7,8 @@ class QPainter;
 
 namespace orvan::render {
 
+class PaintCache;
+
 /// The brushed-metal grain: a faint sheen per row (or column) and long thin scratches, the same on
 /// every drawing. Grain runs top to bottom when `vertical`, left to right otherwise.
 struct BrushedTexture {
@@ -20,15 +22,11 @@ struct BrushedTexture {
     void draw(QPainter& painter, QSizeF size) const;
 };
 
-/// Paints the texture into `rect`. The image is made once per (size, grain direction, device
-/// scale) and reused, since it depends on nothing else.
-void paintBrushedTexture(QPainter& painter, const QRectF& rect, bool vertical);
+/// Paints the texture into `rect`. The image depends only on (size, grain direction, device
+/// scale), so it is kept in `cache` (when given) for the next plate of that size.
+void paintBrushedTexture(QPainter& painter, PaintCache* cache, const QRectF& rect, bool vertical);
 
-/// Frees the images kept by `paintBrushedTexture`, once whatever shows the grain keeps its own
-/// painting (a later paint makes them again).
-void releaseBrushedTextures();
-
-/// The cached image for a frame size at a device scale (exposed for tests and benchmarks).
+/// The texture's image for a frame size at a device scale (exposed for tests and benchmarks).
 QImage brushedTextureImage(QSizeF size, bool vertical, double deviceScale);
 
 } // namespace orvan::render

@@ -58,10 +58,10 @@ void strokeInside(QPainter& painter, const QRectF& rect, double radius, const QB
 }
 
 /// A black disc casting the hard shadow of the given depth: the well under knobs, buttons, screws.
-void paintShadowedDisc(QPainter& painter, QPointF centre, double diameter, double depth)
+void paintShadowedDisc(QPainter& painter, PaintCache* cache, QPointF centre, double diameter, double depth)
 {
     const QPainterPath disc = circlePath(centre, diameter);
-    paintHardShadow(painter, disc, depth, 0.75);
+    paintHardShadow(painter, cache, disc, depth, 0.75);
     painter.fillPath(disc, Qt::black);
 }
 
@@ -95,7 +95,7 @@ QPainterPath glossButtonOutline(const QRectF& face)
     return p;
 }
 
-void paintGlossButton(QPainter& painter, const QRectF& face, bool lit)
+void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, bool lit)
 {
     const double r = 0.42 * face.height();
     const QRectF bezel = face.adjusted(-2.5, -2.5, 2.5, 2.5);
@@ -103,7 +103,7 @@ void paintGlossButton(QPainter& painter, const QRectF& face, bool lit)
     bezelPath.addRoundedRect(bezel, r + 2, r + 2);
     const QPainterPath facePath = glossButtonOutline(face);
 
-    paintHardShadow(painter, bezelPath, 3, 0.75);
+    paintHardShadow(painter, cache, bezelPath, 3, 0.75);
     painter.fillPath(bezelPath, Qt::black);
 
     QLinearGradient fill(face.topRight(), face.bottomLeft());
@@ -125,7 +125,7 @@ void paintGlossButton(QPainter& painter, const QRectF& face, bool lit)
     glossPath.addRoundedRect(QRectF(glossCentre.x() - gloss.width() / 2, glossCentre.y() - gloss.height() / 2,
                                     gloss.width(), gloss.height()),
                              gloss.height() / 2, gloss.height() / 2);
-    paintGlow(painter, glossPath, Qt::white, 0.6, 0.5);
+    paintGlow(painter, cache, glossPath, Qt::white, 0.6, 0.5);
 
     // The lit ring lies on top of everything, just inside the face's edge, and glows both ways.
     if (lit) {
@@ -135,17 +135,17 @@ void paintGlossButton(QPainter& painter, const QRectF& face, bool lit)
                             r - kRingWidth / 2, r - kRingWidth / 2);
         QPainterPathStroker stroker;
         stroker.setWidth(kRingWidth);
-        paintGlow(painter, stroker.createStroke(ring), Theme::blueLit(), 1.0, 5);
+        paintGlow(painter, cache, stroker.createStroke(ring), Theme::blueLit(), 1.0, 5);
         painter.strokePath(ring, QPen(Theme::blueLit(), kRingWidth));
     }
 }
 
-void paintLED(QPainter& painter, QPointF centre, double size, bool on, const QColor& color)
+void paintLED(QPainter& painter, PaintCache* cache, QPointF centre, double size, bool on, const QColor& color)
 {
     const QRectF r = circle(centre, size);
     const QPainterPath lamp = circlePath(centre, size);
     if (on)
-        paintGlow(painter, lamp, color, 0.95, 4);
+        paintGlow(painter, cache, lamp, color, 0.95, 4);
     QRadialGradient dome(QPointF(r.left() + 0.65 * size, r.top() + 0.30 * size), size);
     if (on) {
         QColor faded = color;
@@ -161,9 +161,9 @@ void paintLED(QPainter& painter, QPointF centre, double size, bool on, const QCo
     strokeInside(painter, r, 0, QColor::fromRgbF(0, 0, 0, 0.8f), 0.8, true);
 }
 
-void paintKnob(QPainter& painter, QPointF centre, double angle)
+void paintKnob(QPainter& painter, PaintCache* cache, QPointF centre, double angle)
 {
-    paintShadowedDisc(painter, centre, 66, 6);
+    paintShadowedDisc(painter, cache, centre, 66, 6);
     paintLitDisc(painter, centre, 62, 0.28, 0.03);
 
     painter.save();
@@ -185,9 +185,9 @@ void paintKnob(QPainter& painter, QPointF centre, double angle)
     paintCapHighlight(painter, centre, 52, 0.55, 28); // does not turn with the cap
 }
 
-void paintScrew(QPainter& painter, QPointF centre, double size)
+void paintScrew(QPainter& painter, PaintCache* cache, QPointF centre, double size)
 {
-    paintShadowedDisc(painter, centre, size, 2);
+    paintShadowedDisc(painter, cache, centre, size, 2);
     painter.fillPath(circlePath(centre, size - 3), conic(centre, 0, {0.90, 0.35, 0.85, 0.30, 0.90}));
     painter.save();
     painter.translate(centre);
@@ -198,25 +198,25 @@ void paintScrew(QPainter& painter, QPointF centre, double size)
     painter.restore();
 }
 
-void paintPowerButton(QPainter& painter, QPointF centre, bool connected)
+void paintPowerButton(QPainter& painter, PaintCache* cache, QPointF centre, bool connected)
 {
-    paintShadowedDisc(painter, centre, 60, 5);
+    paintShadowedDisc(painter, cache, centre, 60, 5);
     paintLitDisc(painter, centre, 55, 0.4, 0.04);
 
     const QColor ring = connected ? QColor::fromRgbF(0.2f, 0.78f, 0.35f, 0.9f) : QColor::fromRgbF(1, 0.23f, 0.19f, 0.8f);
     QPainterPath ringPath = circlePath(centre, 50);
     QPainterPathStroker stroker;
     stroker.setWidth(1.5);
-    paintGlow(painter, stroker.createStroke(ringPath), ring, 1.0, 4);
+    paintGlow(painter, cache, stroker.createStroke(ringPath), ring, 1.0, 4);
     painter.strokePath(ringPath, QPen(ring, 1.5));
 
     painter.fillPath(circlePath(centre, 40), conic(centre, 0, {0.85, 0.3, 0.8, 0.25, 0.85}));
     paintCapHighlight(painter, centre, 40, 0.6, 24);
 }
 
-void paintJack(QPainter& painter, QPointF centre)
+void paintJack(QPainter& painter, PaintCache* cache, QPointF centre)
 {
-    paintShadowedDisc(painter, centre, 40, 4);
+    paintShadowedDisc(painter, cache, centre, 40, 4);
     painter.fillPath(circlePath(centre, 36), conic(centre, 0, {0.9, 0.35, 0.85, 0.3, 0.9}));
     QRadialGradient hole(centre, 14);
     hole.setColorAt(0, white(0.12));

@@ -16,24 +16,24 @@ namespace orvan::render {
 
 /// A glossy rounded push button: bezel, face, rim, gloss, and, when lit, the blue ring and glow.
 /// `face` is the W x H face; the bezel reaches 2.5 points beyond it.
-void paintGlossButton(QPainter& painter, const QRectF& face, bool lit);
+void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, bool lit);
 /// The face's outline (corner radius 0.42 x H).
 QPainterPath glossButtonOutline(const QRectF& face);
 
 /// A round indicator lamp of diameter `size`.
-void paintLED(QPainter& painter, QPointF centre, double size, bool on, const QColor& color);
+void paintLED(QPainter& painter, PaintCache* cache, QPointF centre, double size, bool on, const QColor& color);
 
 /// The 66-point rotary knob; `angle` in radians turns the cap (0 points straight up).
-void paintKnob(QPainter& painter, QPointF centre, double angle);
+void paintKnob(QPainter& painter, PaintCache* cache, QPointF centre, double angle);
 
 /// A slotted screw head of diameter `size`.
-void paintScrew(QPainter& painter, QPointF centre, double size);
+void paintScrew(QPainter& painter, PaintCache* cache, QPointF centre, double size);
 
 /// The round POWER button face (60 points): its ring is green when connected, red otherwise.
-void paintPowerButton(QPainter& painter, QPointF centre, bool connected);
+void paintPowerButton(QPainter& painter, PaintCache* cache, QPointF centre, bool connected);
 
 /// An input jack socket (40 points).
-void paintJack(QPainter& painter, QPointF centre);
+void paintJack(QPainter& painter, PaintCache* cache, QPointF centre);
 
 /// The script face for the units' names: "Snell Roundhand" when installed, else URW's Z003, else
 /// any installed face whose name says it is a script.

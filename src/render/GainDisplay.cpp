@@ -49,7 +49,7 @@ std::pair<int, int> GainDisplay::digits(std::optional<qint64> dB)
     return {int((v / 10) % 10), int(v - 10 * (v / 10))};
 }
 
-void paintGainDisplay(QPainter& painter, QPointF centre, const GainDisplay& display)
+void paintGainDisplay(QPainter& painter, PaintCache* cache, QPointF centre, const GainDisplay& display)
 {
     const QSizeF size = GainDisplay::kSize;
     const QRectF frame(centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height());
@@ -60,8 +60,8 @@ void paintGainDisplay(QPainter& painter, QPointF centre, const GainDisplay& disp
     whole.addPath(legend);
 
     // Hard shadow, then the blue glow of the whole readout, legend included, under it.
-    paintHardShadow(painter, whole, 3, 0.75);
-    paintGlow(painter, whole, Theme::blueLit(), display.selected ? 0.85 : 0.35, display.selected ? 9 : 5);
+    paintHardShadow(painter, cache, whole, 3, 0.75);
+    paintGlow(painter, cache, whole, Theme::blueLit(), display.selected ? 0.85 : 0.35, display.selected ? 9 : 5);
 
     QLinearGradient fill(frame.topLeft(), frame.bottomLeft());
     fill.setColorAt(0, kGlassTop);
@@ -78,7 +78,7 @@ void paintGainDisplay(QPainter& painter, QPointF centre, const GainDisplay& disp
         SevenSegmentDigit d{value < 0 ? SevenSegmentDigit::dash() : SevenSegmentDigit::forDigit(value),
                             display.showUnlit, true, digit.width(), digit.height()};
         const QPointF topLeft = rowTopLeft + QPointF(i * (digit.width() + GainDisplay::kDigitSpacing), 0);
-        d.paint(painter, topLeft);
+        d.paint(painter, cache, topLeft);
         for (char s : kSegmentOrder) {
             if (display.showUnlit || d.segments.contains(QLatin1Char(s)))
                 digitShapes.addPath(d.segmentPath(s).translated(topLeft));

@@ -9,6 +9,8 @@ class QPainter;
 
 namespace orvan::render {
 
+class PaintCache;
+
 /// A channel's two-digit blue gain readout behind glass, with a "dB" legend.
 struct GainDisplay {
     std::optional<qint64> dB;  ///< absent: the gain is unknown ("--")
@@ -25,6 +27,6 @@ struct GainDisplay {
 };
 
 /// Paints the readout centred on `centre`, at the painter's scale.
-void paintGainDisplay(QPainter& painter, QPointF centre, const GainDisplay& display);
+void paintGainDisplay(QPainter& painter, PaintCache* cache, QPointF centre, const GainDisplay& display);
 
 } // namespace orvan::render

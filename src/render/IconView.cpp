@@ -40,8 +40,8 @@ void paintLens(QPainter& painter, QPointF centre, double digitGlow)
     const QRectF lens = centred(centre, IconView::kLens);
     const QPainterPath shape = roundedRect(lens, IconView::kLensRadius);
 
-    paintShadow(painter, shape, QColor::fromRgbF(0, 0, 0, 0.75f), 10, QPointF(-14, 20));
-    paintGlow(painter, shape, Theme::blueLit(), 0.85, 46);
+    paintShadow(painter, nullptr, shape, QColor::fromRgbF(0, 0, 0, 0.75f), 10, QPointF(-14, 20));
+    paintGlow(painter, nullptr, shape, Theme::blueLit(), 0.85, 46);
 
     QLinearGradient glass(lens.topLeft(), lens.bottomLeft());
     glass.setColorAt(0, QColor::fromRgbF(0.07f, 0.20f, 0.75f));
@@ -126,7 +126,7 @@ void IconDigits::paint(QPainter& painter, QSizeF frame, double glow)
     for (int i = 0; i < 2; ++i)
         all.addPath(digitPath(i, frame));
     if (glow > 0)
-        paintGlow(painter, all, Theme::blueLit(), glow, 22);
+        paintGlow(painter, nullptr, all, Theme::blueLit(), glow, 22);
     painter.fillPath(all, QColor::fromRgbF(0.7f, 0.88f, 1.0f));
 }
 
@@ -136,7 +136,8 @@ void IconView::paint(QPainter& painter, double digitGlow)
     const QRectF plate = centred(centre, QSizeF(kPlate, kPlate));
     const QPainterPath shape = roundedRect(plate, kPlateRadius);
 
-    paintShadow(painter, shape, QColor::fromRgbF(0, 0, 0, 0.55f), 18, QPointF(-8, 14));
+    // A one-off picture: nothing is painted twice, so no cache.
+    paintShadow(painter, nullptr, shape, QColor::fromRgbF(0, 0, 0, 0.55f), 18, QPointF(-8, 14));
 
     QLinearGradient fill = diagonal(plate);
     fill.setColorAt(0, QColor::fromRgbF(0.30f, 0.34f, 0.43f));

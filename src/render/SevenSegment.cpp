@@ -70,7 +70,7 @@ QPainterPath SevenSegmentDigit::segmentPath(char segment) const
     return slant().map(Hex::path(segmentFrame(segment)));
 }
 
-void SevenSegmentDigit::paint(QPainter& painter, QPointF topLeft) const
+void SevenSegmentDigit::paint(QPainter& painter, PaintCache* cache, QPointF topLeft) const
 {
     painter.save();
     painter.translate(topLeft);
@@ -80,7 +80,7 @@ void SevenSegmentDigit::paint(QPainter& painter, QPointF topLeft) const
             lit.addPath(segmentPath(s));
     }
     if (glow && !lit.isEmpty())
-        paintGlow(painter, lit, Theme::blueLit(), 1.0, 0.22 * width);
+        paintGlow(painter, cache, lit, Theme::blueLit(), 1.0, 0.22 * width);
     for (char s : kSegmentOrder) {
         const bool on = segments.contains(QLatin1Char(s));
         if (!on && !showUnlit)

@@ -11,6 +11,8 @@ class QPainter;
 
 namespace orvan::render {
 
+class PaintCache;
+
 /// Segments lit for each decimal digit: a top, b upper right, c lower right, d bottom, e lower
 /// left, f upper left, g middle.
 inline const std::array<QString, 10> digitSegments{
@@ -45,7 +47,7 @@ struct SevenSegmentDigit {
     /// A segment's outline, slanted, in the digit's frame.
     QPainterPath segmentPath(char segment) const;
 
-    void paint(QPainter& painter, QPointF topLeft) const;
+    void paint(QPainter& painter, PaintCache* cache, QPointF topLeft) const;
 };
 
 inline const QColor kLitSegment = QColor::fromRgbF(0.62f, 0.84f, 1.0f);

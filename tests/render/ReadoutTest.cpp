@@ -44,7 +44,7 @@ QImage renderReadout(const GainDisplay& display, QColor plate = Qt::black)
     QPainter p(&image);
     p.setRenderHint(QPainter::Antialiasing);
     p.scale(kScale, kScale);
-    paintGainDisplay(p, QPointF(50, 40), display);
+    paintGainDisplay(p, nullptr, QPointF(50, 40), display);
     return image;
 }
 

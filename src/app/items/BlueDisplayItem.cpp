@@ -2,6 +2,7 @@
 
 #include "Controls.h"
 #include "Theme.h"
+#include "panels/PaintingScene.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -53,9 +54,9 @@ void BlueDisplayItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, 
     QPainterPath panePath;
     panePath.addRoundedRect(pane, m_look.paneRadius, m_look.paneRadius);
 
-    render::paintHardShadow(*painter, bezelPath, m_look.shadowDepth, 0.75);
+    render::paintHardShadow(*painter, PaintingScene::cacheOf(*this), bezelPath, m_look.shadowDepth, 0.75);
     if (m_look.blueGlow)
-        render::paintGlow(*painter, bezelPath, render::Theme::blueLit(), 0.4, 8);
+        render::paintGlow(*painter, PaintingScene::cacheOf(*this), bezelPath, render::Theme::blueLit(), 0.4, 8);
     painter->fillPath(bezelPath, Qt::black);
     QLinearGradient blue(pane.topLeft(), pane.bottomLeft());
     blue.setColorAt(0, kPaneTop);

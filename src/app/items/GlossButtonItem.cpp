@@ -2,6 +2,7 @@
 
 #include "Controls.h"
 #include "PressLook.h"
+#include "panels/PaintingScene.h"
 
 #include <QPainter>
 
@@ -47,7 +48,7 @@ void GlossButtonItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, 
     const QRectF face = buttonFace();
     {
         const PressLook press(*painter, boundingRect(), face.center(), isPressed());
-        render::paintGlossButton(press.painter(), face, m_lit);
+        render::paintGlossButton(press.painter(), PaintingScene::cacheOf(*this), face, m_lit);
     }
     if (!m_caption.isEmpty())
         drawLettering(*painter, face, Qt::AlignCenter, m_caption, m_captionStyle);

@@ -1,6 +1,7 @@
 #include "KnobItem.h"
 
 #include "Controls.h"
+#include "panels/PaintingScene.h"
 
 #include <QPainter>
 #include <QtMath>
@@ -29,7 +30,7 @@ bool KnobItem::refresh()
 
 void KnobItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
 {
-    render::paintKnob(*painter, QPointF(0, 0), qDegreesToRadians(m_angle));
+    render::paintKnob(*painter, PaintingScene::cacheOf(*this), QPointF(0, 0), qDegreesToRadians(m_angle));
 }
 
 } // namespace orvan

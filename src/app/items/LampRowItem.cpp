@@ -1,6 +1,7 @@
 #include "LampRowItem.h"
 
 #include "Controls.h"
+#include "panels/PaintingScene.h"
 
 #include <QPainter>
 
@@ -51,7 +52,7 @@ void LampRowItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
 {
     const QRectF row = faceRect();
     const QPointF lampCentre(row.left() + m_look.lampSize / 2, row.center().y());
-    render::paintLED(*painter, lampCentre, m_look.lampSize, m_on, m_look.color);
+    render::paintLED(*painter, PaintingScene::cacheOf(*this), lampCentre, m_look.lampSize, m_on, m_look.color);
     if (m_look.labelWidth != 0) { // the label's box is what the row holds beside the lamp, measured once
         const double left = row.left() + m_look.lampSize + m_look.gap;
         const QRectF box(left, row.top(), row.right() - left, row.height());

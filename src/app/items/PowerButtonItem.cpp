@@ -2,6 +2,7 @@
 
 #include "Controls.h"
 #include "PressLook.h"
+#include "panels/PaintingScene.h"
 
 #include <QPainter>
 
@@ -33,7 +34,7 @@ bool PowerButtonItem::refresh()
 void PowerButtonItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
 {
     const PressLook press(*painter, boundingRect(), QPointF(0, 0), isPressed());
-    render::paintPowerButton(press.painter(), QPointF(0, 0), m_connected);
+    render::paintPowerButton(press.painter(), PaintingScene::cacheOf(*this), QPointF(0, 0), m_connected);
 }
 
 } // namespace orvan

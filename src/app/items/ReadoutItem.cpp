@@ -1,6 +1,7 @@
 #include "ReadoutItem.h"
 
 #include "GainDisplay.h"
+#include "panels/PaintingScene.h"
 
 #include <QPainter>
 
@@ -55,7 +56,7 @@ void ReadoutItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
     painter->scale(m_look.scale, m_look.scale);
     const render::GainDisplay display{.dB = m_dB, .selected = m_selected, .showUnlit = true,
                                       .labelColor = m_look.labelColor};
-    render::paintGainDisplay(*painter, QPointF(0, 0), display);
+    render::paintGainDisplay(*painter, PaintingScene::cacheOf(*this), QPointF(0, 0), display);
     painter->restore();
 }
 

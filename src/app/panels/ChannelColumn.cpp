@@ -101,14 +101,14 @@ void ChannelColumn::followWith(PanelItem& panel) const
     panel.follow(m_select);
 }
 
-void ChannelColumn::paintStatic(QPainter& painter, double centreX)
+void ChannelColumn::paintStatic(QPainter& painter, render::PaintCache* cache, double centreX)
 {
     // HEAD ROOM: three small green lamps that nothing lights, then the label.
     constexpr double lampSize = 6, lampSpacing = 2, gap = 5, labelWidth = 46;
     constexpr double lampsWidth = 3 * lampSize + 2 * lampSpacing;
     const double left = centreX - (lampsWidth + gap + labelWidth) / 2;
     for (int i = 0; i < 3; ++i)
-        render::paintLED(painter, QPointF(left + lampSize / 2 + i * (lampSize + lampSpacing), kHeadroomY), lampSize,
+        render::paintLED(painter, cache, QPointF(left + lampSize / 2 + i * (lampSize + lampSpacing), kHeadroomY), lampSize,
                          false, LampColors::green);
     drawLettering(painter, QRectF(left + lampsWidth + gap, kHeadroomY - 6, labelWidth, 12),
                   Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("HEAD ROOM"),

@@ -2,6 +2,10 @@
 
 #include <QGraphicsItem>
 
+namespace orvan::render {
+class PaintCache;
+}
+
 namespace orvan {
 
 class PanelItem;
@@ -18,7 +22,7 @@ public:
     ChannelColumn(RCUModel& model, int channel, QGraphicsItem* parent);
 
     /// The column's unchanging parts, painted into the plate's cached layer at the column's x.
-    static void paintStatic(QPainter& painter, double centreX);
+    static void paintStatic(QPainter& painter, render::PaintCache* cache, double centreX);
 
     ReadoutItem* readout() const { return m_readout; }
     GlossButtonItem* selectButton() const { return m_select; }

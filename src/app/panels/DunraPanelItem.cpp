@@ -15,6 +15,7 @@
 #include "items/LampRowItem.h"
 #include "items/PowerButtonItem.h"
 #include "items/ReadoutItem.h"
+#include "PaintingScene.h"
 #include "access/SpokenName.h"
 
 #include <QPainter>
@@ -182,7 +183,7 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
 void DunraPanelItem::paintPlate(QPainter& painter) const
 {
     const QRectF plate(QPointF(0, 0), plateSize());
-    PlatePainting::paintPlate(painter, plate, plateLook());
+    PlatePainting::paintPlate(painter, PaintingScene::cacheOf(*this), plate, plateLook());
 
     drawLetteringCentred(painter, kLettering + QPointF(0, -22), QStringLiteral("TARVOLD ENGINEERING"),
                          engraved(8.5, QFont::DemiBold, 1.0));
@@ -196,7 +197,7 @@ void DunraPanelItem::paintPlate(QPainter& painter) const
         drawLetteringCentred(painter, QPointF(kChannelLabelX, y), QStringLiteral("CH %1").arg(c + 1),
                              engraved(8, QFont::DemiBold, 0.8));
         for (int k = -1; k <= 1; ++k)
-            render::paintLED(painter, QPointF(kHeadroomX, y + k * (5 + 4)), 5, false, LampColors::green);
+            render::paintLED(painter, PaintingScene::cacheOf(*this), QPointF(kHeadroomX, y + k * (5 + 4)), 5, false, LampColors::green);
     }
     drawLetteringCentred(painter, kGainLabel, QStringLiteral("GAIN (dB)"), engraved(7, QFont::DemiBold, 0.8));
 
@@ -207,7 +208,7 @@ void DunraPanelItem::paintPlate(QPainter& painter) const
     drawLetteringCentred(painter, QPointF(selectX + 42, 66), QStringLiteral("ALL"), selectStyle);
 
     for (QPointF jack : kJacks)
-        render::paintJack(painter, jack);
+        render::paintJack(painter, PaintingScene::cacheOf(*this), jack);
     const LetteringStyle jackStyle = engraved(7, QFont::DemiBold, 0.7);
     const QStringList jackLabels{QStringLiteral("CHANNEL 1"), QStringLiteral("DI"), QStringLiteral("CHANNEL 2")};
     const double lineHeight = 7 * 1.2 + 9;
@@ -233,7 +234,7 @@ void DunraPanelItem::paintPlate(QPainter& painter) const
     for (QPointF slot : kRackSlots)
         PlatePainting::paintRackSlot(painter, slot, QSizeF(18, 12), 1.1);
     for (QPointF screw : kScrews)
-        render::paintScrew(painter, screw, 15);
+        render::paintScrew(painter, PaintingScene::cacheOf(*this), screw, 15);
 }
 
 } // namespace orvan

@@ -11,6 +11,7 @@
 #include "items/KnobItem.h"
 #include "items/LampRowItem.h"
 #include "items/ReadoutItem.h"
+#include "PaintingScene.h"
 #include "access/SpokenName.h"
 
 #include <QGraphicsRectItem>
@@ -167,14 +168,14 @@ bool MelkoPanelItem::plateCanBeFlattened() const
 void MelkoPanelItem::paintPlate(QPainter& painter) const
 {
     const QRectF plate(QPointF(0, 0), plateSize());
-    PlatePainting::paintPlate(painter, plate, plateLook());
+    PlatePainting::paintPlate(painter, PaintingScene::cacheOf(*this), plate, plateLook());
 
     drawLetteringCentred(painter, kMaker, QStringLiteral("TARVOLD ENGINEERING"), engravedDark(6.6, QFont::Bold, 0.3));
 
     const QColor headroomColors[] = {LampColors::red, LampColors::orange, LampColors::green};
     const QString headroomLabels[] = {QStringLiteral("OL"), QStringLiteral("+"), QStringLiteral("0")};
     for (int i = 0; i < 3; ++i) {
-        render::paintLED(painter, QPointF(kHeadroomLampX, kHeadroomY[i]), 8, false, headroomColors[i]);
+        render::paintLED(painter, PaintingScene::cacheOf(*this), QPointF(kHeadroomLampX, kHeadroomY[i]), 8, false, headroomColors[i]);
         drawLetteringCentred(painter, QPointF(kHeadroomLabelX, kHeadroomY[i]), headroomLabels[i],
                              engravedDark(9, QFont::Bold, 0.3));
     }

@@ -11,6 +11,7 @@
 #include "items/GlossButtonItem.h"
 #include "items/KnobItem.h"
 #include "items/PowerButtonItem.h"
+#include "PaintingScene.h"
 #include "access/SpokenName.h"
 
 #include <QPainter>
@@ -161,7 +162,7 @@ OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
 void OrvanPanelItem::paintPlate(QPainter& painter) const
 {
     const QRectF plate(QPointF(0, 0), plateSize());
-    PlatePainting::paintPlate(painter, plate, plateLook());
+    PlatePainting::paintPlate(painter, PaintingScene::cacheOf(*this), plate, plateLook());
 
     // Maker, unit name in script, and the unit's description.
     const LetteringStyle maker = engraved(10, QFont::DemiBold, 1.1);
@@ -174,7 +175,7 @@ void OrvanPanelItem::paintPlate(QPainter& painter) const
     drawLetteringCentred(painter, kPowerLabel, QStringLiteral("POWER"), engraved(7, QFont::DemiBold, 1.0));
 
     for (int i = 0; i < m_columns.size(); ++i)
-        ChannelColumn::paintStatic(painter, kFirstColumnX + kColumnPitch * i);
+        ChannelColumn::paintStatic(painter, PaintingScene::cacheOf(*this), kFirstColumnX + kColumnPitch * i);
 
     const LetteringStyle sharedLabel = engraved(6.5, QFont::DemiBold, 0.5);
     for (const SharedRow& row : sharedRows()) {
@@ -188,7 +189,7 @@ void OrvanPanelItem::paintPlate(QPainter& painter) const
     for (QPointF slot : kRackSlots)
         PlatePainting::paintRackSlot(painter, slot, QSizeF(18, 13), 1.2);
     for (QPointF screw : kScrews)
-        render::paintScrew(painter, screw, 16);
+        render::paintScrew(painter, PaintingScene::cacheOf(*this), screw, 16);
 }
 
 } // namespace orvan

@@ -2,13 +2,12 @@
 
 #include "OrvanMIDI.h"
 #include "RCUModel.h"
+#include "PaintingScene.h"
 #include "StaticLayerCache.h"
-#include "BrushedTexture.h"
 
 #include <QGraphicsScene>
 #include <QPainter>
 #include <QPaintDevice>
-#include <QTimer>
 #include <cmath>
 
 namespace orvan {
@@ -125,7 +124,8 @@ PanelItem::FlatPlate PanelItem::flatPlate(const QTransform& toDevice, QPainter::
         p.end();
         StaticLayerCache::store(name, key, flat.image);
         // Every plate is painted within the same frame; after it the grain image is not needed.
-        QTimer::singleShot(0, &render::releaseBrushedTextures);
+        if (auto* painting = dynamic_cast<PaintingScene*>(scene()))
+            painting->releaseGrainLater();
     }
     return flat;
 }

@@ -17,12 +17,12 @@ QLinearGradient alongLight(const QRectF& r)
 }
 } // namespace
 
-void paintPlate(QPainter& painter, const QRectF& plate, const PlateLook& look)
+void paintPlate(QPainter& painter, render::PaintCache* cache, const QRectF& plate, const PlateLook& look)
 {
     QPainterPath shape;
     shape.addRoundedRect(plate, look.cornerRadius, look.cornerRadius);
 
-    render::paintShadow(painter, shape, look.shadowColor, look.shadowBlur, look.shadowOffset);
+    render::paintShadow(painter, cache, shape, look.shadowColor, look.shadowBlur, look.shadowOffset);
 
     QLinearGradient fill = alongLight(plate);
     fill.setColorAt(0, look.gradient[0]);
@@ -33,7 +33,7 @@ void paintPlate(QPainter& painter, const QRectF& plate, const PlateLook& look)
     painter.save();
     painter.setClipPath(shape, Qt::IntersectClip);
     painter.setOpacity(look.textureOpacity);
-    render::paintBrushedTexture(painter, plate, look.verticalGrain);
+    render::paintBrushedTexture(painter, cache, plate, look.verticalGrain);
     painter.setOpacity(look.lightOpacity);
     render::paintHardLight(painter, plate);
     painter.restore();

@@ -9,6 +9,10 @@
 
 class QPainter;
 
+namespace orvan::render {
+class PaintCache;
+}
+
 /// Painting shared by the three panels' static layers.
 namespace orvan::PlatePainting {
 
@@ -30,7 +34,7 @@ struct PlateLook {
     QPointF shadowOffset;
 };
 
-void paintPlate(QPainter& painter, const QRectF& plate, const PlateLook& look);
+void paintPlate(QPainter& painter, render::PaintCache* cache, const QRectF& plate, const PlateLook& look);
 
 /// A black rack-ear slot with a bevelled rim.
 void paintRackSlot(QPainter& painter, QPointF centre, QSizeF size, double rimWidth);

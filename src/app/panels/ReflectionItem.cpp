@@ -1,6 +1,7 @@
 #include "ReflectionItem.h"
 
 #include "Blur.h"
+#include "PaintingScene.h"
 #include "PanelItem.h"
 
 #include <QGraphicsScene>
@@ -12,11 +13,19 @@ namespace orvan {
 
 ReflectionItem::ReflectionItem(std::function<PanelItem*()> makeCopy, QSizeF plateSize, QGraphicsItem* parent)
     : QGraphicsObject(parent)
-    , m_scene(std::make_unique<QGraphicsScene>())
+    , m_scene(std::make_unique<PaintingScene>())
     , m_copy(makeCopy())
     , m_plateSize(plateSize)
 {
     m_scene->addItem(m_copy);
+    // The copy is only ever painted once per change, mirrored and blurred: a pixmap per control
+    // would be made, drawn once and kept for nothing.
+    std::function<void(QGraphicsItem*)> uncache = [&uncache](QGraphicsItem* item) {
+        item->setCacheMode(NoCache);
+        for (QGraphicsItem* child : item->childItems())
+            uncache(child);
+    };
+    uncache(m_copy);
     setAcceptedMouseButtons(Qt::NoButton);
     setAcceptHoverEvents(false);
     setAcceptTouchEvents(false);
@@ -56,6 +65,8 @@ void ReflectionItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, Q
         * painter->device()->devicePixelRatioF();
     if (deviceScale != m_imageScale)
         m_dirty = boundingRect();
+    if (auto* stage = dynamic_cast<PaintingScene*>(scene()))
+        m_scene->shareCacheWith(*stage);
     if (!m_dirty.isEmpty())
         rebuild(deviceScale);
     painter->drawImage(boundingRect(), m_image);

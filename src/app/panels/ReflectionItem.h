@@ -5,10 +5,10 @@
 #include <functional>
 #include <memory>
 
-class QGraphicsScene;
 
 namespace orvan {
 
+class PaintingScene;
 class PanelItem;
 
 /// The mirrored, fading reflection of a panel on the stage floor. It is a live copy: a second
@@ -42,7 +42,7 @@ private:
     /// Renders the dirty part of the reflection (all of it when the scale changed) into the image.
     void rebuild(double deviceScale);
 
-    std::unique_ptr<QGraphicsScene> m_scene;
+    std::unique_ptr<PaintingScene> m_scene;
     PanelItem* m_copy;
     QSizeF m_plateSize;
     QImage m_image;

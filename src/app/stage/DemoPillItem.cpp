@@ -5,6 +5,7 @@
 #include "OrvanMIDI.h"
 #include "items/Lettering.h"
 #include "items/PressLook.h"
+#include "panels/PaintingScene.h"
 
 #include <QGraphicsSceneMouseEvent>
 #include <QPainter>
@@ -118,8 +119,8 @@ void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWi
         QPainter& p = press.painter();
 
         // The drop shadow falls from the glowing pill, so it lies under the glow.
-        render::paintShadow(p, capsule, kDropShadow, kDropShadowBlur, kDropShadowOffset);
-        render::paintGlow(p, capsule, kGlow, on ? 0.95 : 0.55, on ? kGlowRadiusOn : kGlowRadiusOff);
+        render::paintShadow(p, PaintingScene::cacheOf(*this), capsule, kDropShadow, kDropShadowBlur, kDropShadowOffset);
+        render::paintGlow(p, PaintingScene::cacheOf(*this), capsule, kGlow, on ? 0.95 : 0.55, on ? kGlowRadiusOn : kGlowRadiusOff);
 
         QLinearGradient body(pill.topLeft(), pill.bottomLeft());
         body.setColorAt(0, kBodyTop);
@@ -141,7 +142,7 @@ void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWi
                             kHighlightSize);
         QPainterPath highlight;
         highlight.addRoundedRect(streak, streak.height() / 2, streak.height() / 2);
-        render::paintGlow(p, highlight, Qt::white, kHighlightOpacity, kHighlightBlur);
+        render::paintGlow(p, PaintingScene::cacheOf(*this), highlight, Qt::white, kHighlightOpacity, kHighlightBlur);
 
         // Lamp and label, centred as one row.
         const QString label = on ? QStringLiteral("DEMO ON") : QStringLiteral("DEMO");
@@ -153,7 +154,7 @@ void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWi
         lampPath.addEllipse(lamp);
         p.setOpacity(on ? 1.0 : kLampDimOpacity);
         if (on)
-            render::paintGlow(p, lampPath, Qt::white, 1, kLampGlowRadius);
+            render::paintGlow(p, PaintingScene::cacheOf(*this), lampPath, Qt::white, 1, kLampGlowRadius);
         p.fillPath(lampPath, Qt::white);
         p.setOpacity(1.0);
         drawLettering(p, QRectF(lamp.right() + kContentSpacing, -10, labelWidth + 2, 20),

@@ -27,7 +27,7 @@ const QString kDedication = QStringLiteral("for everyone who mics the room by ea
 }
 
 StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
-    : QGraphicsScene(QRectF(QPointF(0, 0), kCanvas), parent)
+    : PaintingScene(QRectF(QPointF(0, 0), kCanvas), parent)
     , m_orvan(app.orvanModel())
     , m_dunra(app.dunraModel())
     , m_melko(app.melkoModel())

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QGraphicsScene>
+#include "panels/PaintingScene.h"
 
 namespace orvan {
 
@@ -13,7 +13,7 @@ class RCUModel;
 
 /// The whole content of the window on a 1622 x 585 canvas: backdrop, the three panels (the Orvan
 /// and the Melko with live reflections), the drag strip, the footer and the demo control.
-class StageScene final : public QGraphicsScene {
+class StageScene final : public PaintingScene {
     Q_OBJECT
 
 public:

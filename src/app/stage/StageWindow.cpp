@@ -1,13 +1,11 @@
 #include "StageWindow.h"
 
 #include "StageGeometry.h"
-#include "StartupFrame.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
 #include <cmath>
-#include <utility>
 
 namespace orvan {
 
@@ -76,14 +74,6 @@ void StageWindow::keyPressEvent(QKeyEvent* event)
         return;
     }
     QGraphicsView::keyPressEvent(event);
-}
-
-void StageWindow::paintEvent(QPaintEvent* event)
-{
-    // The viewport's paint events arrive here; only the first may come from the cache folder.
-    if (StartupFrame* frame = std::exchange(m_startupFrame, nullptr); frame && frame->paintFirstFrame())
-        return;
-    QGraphicsView::paintEvent(event);
 }
 
 } // namespace orvan

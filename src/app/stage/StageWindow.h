@@ -5,8 +5,6 @@
 
 namespace orvan {
 
-class StartupFrame;
-
 /// The one window: undecorated, fixed size, black, showing the stage at 0.8. The up and down
 /// arrow keys step the gain of whatever `onArrowStep` routes them to; Ctrl+Z undoes, Ctrl+Shift+Z
 /// and Ctrl+Y redo.
@@ -25,17 +23,12 @@ public:
     /// itself (Wayland), where the window is left wherever the compositor puts it.
     void centreOnScreen();
 
-    /// Lets `frame` paint the window's first frame (it may come from the cache folder).
-    void setStartupFrame(StartupFrame* frame) { m_startupFrame = frame; }
-
 protected:
     void keyPressEvent(QKeyEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
 
 private:
     std::function<void(int)> m_onArrowStep;
     std::function<void()> m_onUndo, m_onRedo;
-    StartupFrame* m_startupFrame = nullptr;
 };
 
 } // namespace orvan
