@@ -147,6 +147,9 @@ TEST_F(SessionTest, AnyChangeOfChannelsIsUnsavedUntilSavedAndAnAbsentUnitKeepsIt
     rig.recall.saved(rig.recall.capture());
     EXPECT_FALSE(rig.recall.isDirty());
     EXPECT_EQ(rig.recall.capture().value(QStringLiteral("Melko")).front().gainValue, 9);
+    rig.melko.reportGain(0, 10);
+    rig.recall.open({});
+    EXPECT_FALSE(rig.recall.isDirty()) << "a session just opened has nothing unsaved";
 }
 
 TEST_F(SessionTest, QuittingStopsPacedSendsButNeverCutsAPhantomBlockInHalf)
