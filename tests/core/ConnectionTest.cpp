@@ -28,6 +28,7 @@ TEST_F(Connection, FindsTheUnitOnlyByTheExactNameOfBothEndpoints)
          {"Orvan", "Orvan:(capture_0) Orvan MIDI 1"}, {"Orvan", "Orvan:(playback_0) Orvan MIDI 1"}, true, 0, 0},
         {"a bridged source is not paired with a direct destination",
          {"Orvan:(capture_0) Orvan MIDI 1"}, {"Orvan"}, false, -1},
+        {"nor a direct source with a bridged destination", {"Orvan"}, {"Orvan:(playback_0) Orvan MIDI 1"}, false, 0},
         {"another unit through the bridge", {"Dunra:(capture_0) Dunra MIDI 1"}, {"Dunra:(playback_0) Dunra MIDI 1"}, false, -1},
     };
     for (const Row& row : rows) {

@@ -91,27 +91,21 @@ TEST_F(Demo, AUnitPresentAtStartOrPluggedInLaterEndsDemoForEveryEngine)
     }
 }
 
-TEST_F(Demo, SwitchedOffEveryEngineReturnsToDefaultsAndAssigningTrueAgainReloadsTheSamples)
-{
-    DemoMode::shared().setActive(true);
-    const auto engines = startApp(midi);
-    engines[1]->setGain(0, 20);
-    DemoMode::shared().setActive(true);
-    EXPECT_EQ(engines[1]->channels(), samplesOf("Dunra"));
-
-    DemoMode::shared().setActive(false);
-    for (const auto& engine : engines) {
-        EXPECT_FALSE(engine->isConnected());
-        EXPECT_EQ(engine->channels(), ChannelStates(engine->spec().channelCount));
-    }
-}
-
-TEST_F(Demo, APresentUnitNeverShowsDemoState)
+TEST_F(Demo, SwitchedOnBesideAPresentUnitOnlyTheOthersShowSamplesAgainOnEachAssignmentAndSwitchedOffTheyReturnToDefaults)
 {
     midi.addDevice("Melko");
     const auto engines = startApp(midi);
     DemoMode::shared().setActive(true);
     EXPECT_FALSE(engines[2]->demoLoaded());
     EXPECT_EQ(engines[2]->channels(), ChannelStates(1));
-    EXPECT_TRUE(engines[0]->demoLoaded());
+    engines[1]->setGain(0, 20);
+    DemoMode::shared().setActive(true);
+    EXPECT_EQ(engines[0]->channels(), samplesOf("Orvan"));
+    EXPECT_EQ(engines[1]->channels(), samplesOf("Dunra"));
+
+    DemoMode::shared().setActive(false);
+    for (const auto& engine : engines) {
+        EXPECT_EQ(engine->isConnected(), engine->hardwarePresent()) << engine->spec().title.toStdString();
+        EXPECT_EQ(engine->channels(), ChannelStates(engine->spec().channelCount));
+    }
 }

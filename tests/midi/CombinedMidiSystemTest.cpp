@@ -45,18 +45,14 @@ protected:
 
     /// Two in-process systems combined; the first stands where ALSA stands in the app.
     struct Systems {
-        Systems()
-        {
+        DetachCounter* first = new DetachCounter; // owned by `combined`
+        DetachCounter* second = new DetachCounter;
+        std::unique_ptr<CombinedMidiSystem> combined = [this] {
             std::vector<std::unique_ptr<MidiSystem>> systems;
-            systems.push_back(std::make_unique<DetachCounter>());
-            systems.push_back(std::make_unique<DetachCounter>());
-            first = static_cast<DetachCounter*>(systems[0].get());
-            second = static_cast<DetachCounter*>(systems[1].get());
-            combined = std::make_unique<CombinedMidiSystem>(std::move(systems));
-        }
-        DetachCounter* first = nullptr;
-        DetachCounter* second = nullptr;
-        std::unique_ptr<CombinedMidiSystem> combined;
+            systems.emplace_back(first);
+            systems.emplace_back(second);
+            return std::make_unique<CombinedMidiSystem>(std::move(systems));
+        }();
     };
 
     ManualClock clock;

@@ -18,18 +18,6 @@ struct SessionRig {
         , recall({dunra.model.get(), melko.model.get()}, dunra.clock)
     {
     }
-    /// The unit arrives (or leaves) and the app's next turn runs.
-    void plugIn()
-    {
-        dunra.plugIn();
-        dunra.clock.advance(0ms);
-    }
-    void unplug()
-    {
-        dunra.unplug();
-        dunra.clock.advance(0ms);
-    }
-
     ModelRig dunra;
     ModelRig melko{Catalogue::melko()};
     SessionRecall recall;
@@ -91,19 +79,16 @@ TEST_F(SessionTest, OpeningRecallsAPresentUnitPacedAndNeverTheListenOnlyUnit)
     rig.recall.open(rig.recall.capture());
     rig.dunra.clock.runUntilIdle();
     EXPECT_EQ(rig.dunra.messages().size(), kVocalOnTheWire.size());
-}
-
-TEST_F(SessionTest, OpeningWithPhantomOnAsksFirstAndSendsItOnlyWhenConfirmed)
-{
-    SessionRig rig;
+    // and +48V waits for the question like any recall, then goes out
     rig.recall.open({{QStringLiteral("Dunra"), kPhantomOn}});
     rig.dunra.clock.runUntilIdle();
     ASSERT_TRUE(rig.dunra.model->pendingRecall());
-    EXPECT_TRUE(rig.dunra.messages().empty());
+    EXPECT_EQ(rig.dunra.messages().size(), kVocalOnTheWire.size());
     rig.dunra.model->recall(*rig.dunra.model->pendingRecall());
     rig.dunra.clock.runUntilIdle();
     const Messages sent = rig.dunra.messages();
-    EXPECT_TRUE(std::ranges::find(sent, std::pair{4, kOn}) != sent.end());
+    EXPECT_EQ(Messages(sent.begin() + qsizetype(kVocalOnTheWire.size()), sent.end()),
+              (Messages{{0, kOff}, {4, kOn}, {9, 10}, {2, kOff}, {5, kOff}, {7, kOff}}));
 }
 
 TEST_F(SessionTest, AUnitArrivingAfterTheOpeningScanIsAskedAboutAndSentNothingUnlessTheAnswerIsSend)
@@ -127,8 +112,9 @@ TEST_F(SessionTest, AUnitArrivingAfterTheOpeningScanIsAskedAboutAndSentNothingUn
         rig.recall.open({{QStringLiteral("Dunra"), kVocal}});
         rig.recall.scanStarted();
         rig.dunra.clock.advance(c.arrivesAfterScanStart);
-        // when
-        rig.plugIn();
+        // when: it arrives and the app's next turn runs
+        rig.dunra.plugIn();
+        rig.dunra.clock.advance(0ms);
         if (c.arrivesAfterScanStart >= SessionRecall::kOpeningScan) {
             ASSERT_EQ(rig.recall.pendingArrival(), rig.dunra.model.get());
             rig.dunra.clock.runUntilIdle();
@@ -136,7 +122,8 @@ TEST_F(SessionTest, AUnitArrivingAfterTheOpeningScanIsAskedAboutAndSentNothingUn
             if (c.answer)
                 rig.recall.answerArrival(*c.answer);
             else
-                rig.unplug();
+                rig.dunra.unplug();
+            rig.dunra.clock.advance(0ms); // the app's next turn
             EXPECT_EQ(rig.recall.pendingArrival(), nullptr);
         }
         rig.dunra.clock.runUntilIdle();
@@ -160,6 +147,9 @@ TEST_F(SessionTest, AnyChangeOfChannelsIsUnsavedUntilSavedAndAnAbsentUnitKeepsIt
     rig.recall.saved(rig.recall.capture());
     EXPECT_FALSE(rig.recall.isDirty());
     EXPECT_EQ(rig.recall.capture().value(QStringLiteral("Melko")).front().gainValue, 9);
+    rig.melko.reportGain(0, 10);
+    rig.recall.open({});
+    EXPECT_FALSE(rig.recall.isDirty()) << "a session just opened has nothing unsaved";
 }
 
 TEST_F(SessionTest, QuittingStopsPacedSendsButNeverCutsAPhantomBlockInHalf)
