@@ -1,6 +1,7 @@
 #include "LinuxMidiSystem.h"
 
 #include "CombinedMidiSystem.h"
+#include "QuitOnTermination.h"
 #include "alsa/AlsaMidiSystem.h"
 #include "jack/JackMidiSystem.h"
 
@@ -8,6 +9,8 @@ namespace orvan {
 
 std::unique_ptr<MidiSystem> createLinuxMidiSystem(bool jackWaitsForStart)
 {
+    // The app's JACK clients must be closed however it is asked to end (see quitOnTermination).
+    quitOnTermination();
     std::vector<std::unique_ptr<MidiSystem>> systems;
     systems.push_back(std::make_unique<AlsaMidiSystem>());
     systems.push_back(std::make_unique<JackMidiSystem>(jackWaitsForStart));
