@@ -39,6 +39,7 @@ REFIND_GUARD = 10.0     # seconds to find the unit after the server is back
 WINDOW_GUARD = 20.0     # only a guard: a start on a loaded machine
 DEAF_GUARD = 10.0       # a start not wired by then is taken as deaf
 STOP_WINDOW = 3.0       # the server is stopped at a random moment of the app's first 3 s
+EXIT_GUARD = 5.0        # seconds an app asked to end may take to close its JACK clients
 POLL = 0.03
 GAIN_CONTROLLER = 0x09  # channel 1 gain
 APP_IN, APP_OUT = "OrvanRCU-Orvan:In", "OrvanRCU-Orvan:Out"
@@ -229,12 +230,23 @@ class App:
         alive = self.running()
         if alive:
             self.proc.send_signal(sig)
-        self.proc.wait()
+        hung = ""
+        try:
+            self.proc.wait(timeout=EXIT_GUARD)
+        except subprocess.TimeoutExpired:
+            self.proc.kill()
+            self.proc.wait()
+            hung = f"hung: still running {EXIT_GUARD} s after {signal.Signals(sig).name}\n"
         self.log.seek(0)
-        text = self.log.read()
+        text = hung + self.log.read()
         self.log.close()
         os.unlink(self.log.name)
         return alive, text
+
+
+def broken(errors):
+    """An abort ("terminate called ...") or an app that did not end when asked."""
+    return "terminate called" in errors or errors.startswith("hung:")
 
 
 def wait_until(check, timeout):
@@ -288,8 +300,8 @@ def soak_start(rounds, app_path, sim_path):
             alive, errors = app.end(random.choice([signal.SIGTERM, signal.SIGKILL]))
             if not alive:
                 problem = f"the app ended by itself: {errors.strip()}"
-            elif "terminate called" in errors:
-                problem = f"abort: {errors.strip()}"
+            elif broken(errors):
+                problem = f"abort or hang: {errors.strip()}"
             if problem:
                 misses += 1
                 print(f"round {r + 1}: {problem}", file=sys.stderr)
@@ -341,12 +353,12 @@ def soak_server_stop(rounds, app_path, sim_path):
                     slowest = max(slowest, refound - back)
                     problem = messages_both_ways(app, unit, r)
             alive, errors = app.end(signal.SIGTERM)
-            if alive and not problem and "terminate called" not in errors:
+            if alive and not problem and not broken(errors):
                 survived += 1
                 found += 1
-            elif alive and "terminate called" not in errors:
+            elif alive and not broken(errors):
                 survived += 1
-            if problem or not alive or "terminate called" in errors:
+            if problem or not alive or broken(errors):
                 print(f"round {r + 1} ({signal.Signals(sig).name}): {problem or 'abort'}", file=sys.stderr)
                 if errors.strip():
                     print(errors.rstrip(), file=sys.stderr)
