@@ -8,8 +8,9 @@ Rounds: ORVAN_SOAK_ROUNDS (default 30).
 start        each start links within 2 s of its window (the Orvan's status display, read over
              AT-SPI, says Linked), both JACK connections stand (jack_lsp -c), a report of the unit
              shows in the window and a gain step made in the window reaches the unit. The app is
-             then ended with SIGTERM or SIGKILL and started again at once, as a user restarting it
-             does; the server meanwhile clears the killed copy's clients, slowly.
+             then ended with SIGTERM (it must close its JACK clients and exit normally) or SIGKILL
+             and started again at once, as a user restarting it does; the server meanwhile clears
+             a killed copy's clients, slowly.
 server-stop  jackd is stopped (SIGTERM or SIGKILL, in turn) at a random moment of the app's first
              3 s; the app must keep running (no abort), drop the link, and once the server and the
              unit are back find the unit again, both ways, with no user action.
