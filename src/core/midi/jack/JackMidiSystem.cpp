@@ -11,10 +11,15 @@
 #include <jack/midiport.h>
 #include <jack/ringbuffer.h>
 
+#include <QFileInfo>
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <pthread.h>
 #include <set>
+#include <thread>
+#include <type_traits>
+#include <unistd.h>
 
 namespace orvan {
 
@@ -28,6 +33,11 @@ constexpr std::size_t kOutgoingWords = std::size_t(1) << 12;
 constexpr jack_nframes_t kFirstFrame = 0;
 // Cycles after which a connection just made is surely in the graph the process callback runs in.
 constexpr jack_nframes_t kConnectionCycles = 2;
+// How long a client whose server went may take to end its notification thread, and how often the
+// worker looks. A thread we never heard from gets the shortest wait.
+constexpr auto kThreadEndLimit = std::chrono::seconds(2);
+constexpr auto kThreadEndLook = std::chrono::milliseconds(5);
+constexpr auto kUnknownThreadGrace = std::chrono::milliseconds(100);
 
 /// An outgoing message and the frame it is due at.
 struct OutgoingMessage {
@@ -40,6 +50,27 @@ void silent(const char*) {}
 QString ownClientPrefix()
 {
     return QLatin1String(kOwnClientPrefix);
+}
+
+/// JACK ends a client's threads with asynchronous cancellation when the client closes: at any
+/// instruction. Cut inside our code, the unwinding would meet a noexcept frame (the eventfd write,
+/// the MIDI parser) and abort the app ("terminate called without an active exception"), or leave
+/// a ring buffer write half done. So each callback holds cancellation off while it runs; one that
+/// came meanwhile acts as the callback returns, in a frame that may be unwound (never restore it
+/// from a destructor: those are noexcept).
+template <typename Body>
+auto uncancellable(Body body)
+{
+    int previous = PTHREAD_CANCEL_ENABLE;
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &previous);
+    if constexpr (std::is_void_v<decltype(body())>) {
+        body();
+        pthread_setcancelstate(previous, nullptr);
+    } else {
+        const auto result = body();
+        pthread_setcancelstate(previous, nullptr);
+        return result;
+    }
 }
 
 } // namespace
@@ -65,7 +96,9 @@ struct JackMidiSystem::Client {
     std::atomic<bool> graphChanged{false};
     std::atomic<bool> connectionGone{false}; // some connection in the graph went, perhaps ours
     std::atomic<quint64> dropped{0};
+    std::atomic<pid_t> notifyThread{0}; // JACK's notification thread of this opening, once heard from
     std::unique_ptr<MainThreadSignal> wake;
+    std::unique_ptr<RetryBackoff> wiringRetry;
 
     // Main thread only.
     bool isLive = false;  // open, handed over, and its server not known to be gone
@@ -84,10 +117,8 @@ using Client = JackMidiSystem::Client;
 
 // --- JACK's real-time thread: ring buffers and one eventfd write only. --------------------------
 
-int onProcess(jack_nframes_t frames, void* arg)
+int processCycle(jack_nframes_t frames, Client* c)
 {
-    auto* c = static_cast<Client*>(arg);
-
     if (jack_port_t* in = c->in.load(std::memory_order_acquire)) {
         void* buffer = jack_port_get_buffer(in, frames);
         const jack_nframes_t count = jack_midi_get_event_count(buffer);
@@ -137,40 +168,53 @@ int onProcess(jack_nframes_t frames, void* arg)
     return 0;
 }
 
+int onProcess(jack_nframes_t frames, void* arg)
+{
+    return uncancellable([&] { return processCycle(frames, static_cast<Client*>(arg)); });
+}
+
 // --- JACK's notification thread: flag and wake only. --------------------------------------------
 
-void setupChanged(Client* c)
+/// Raises `flag` and wakes the main thread; remembers which thread JACK notifies this client on.
+void notified(Client* c, std::atomic<bool>& flag)
 {
-    c->setupChanged.store(true, std::memory_order_release);
-    c->wake->raise();
+    uncancellable([&] {
+        if (c->notifyThread.load(std::memory_order_relaxed) == 0)
+            c->notifyThread.store(::gettid(), std::memory_order_relaxed);
+        flag.store(true, std::memory_order_release);
+        c->wake->raise();
+    });
 }
 
 void onPortRegistration(jack_port_id_t, int, void* arg)
 {
-    setupChanged(static_cast<Client*>(arg));
+    auto* c = static_cast<Client*>(arg);
+    notified(c, c->setupChanged);
 }
 
 void onClientRegistration(const char*, int, void* arg)
 {
-    setupChanged(static_cast<Client*>(arg));
+    auto* c = static_cast<Client*>(arg);
+    notified(c, c->setupChanged);
 }
 
 void onPortRename(jack_port_id_t, const char*, const char*, void* arg)
 {
-    setupChanged(static_cast<Client*>(arg));
+    auto* c = static_cast<Client*>(arg);
+    notified(c, c->setupChanged);
 }
 
 void onPropertyChange(jack_uuid_t, const char*, jack_property_change_t, void* arg)
 {
-    setupChanged(static_cast<Client*>(arg));
+    auto* c = static_cast<Client*>(arg);
+    notified(c, c->setupChanged);
 }
 
 // A client's activation reorders the graph; only then can a port it registered before be connected.
 int onGraphOrder(void* arg)
 {
     auto* c = static_cast<Client*>(arg);
-    c->graphChanged.store(true, std::memory_order_release);
-    c->wake->raise();
+    notified(c, c->graphChanged);
     return 0;
 }
 
@@ -178,20 +222,35 @@ int onGraphOrder(void* arg)
 // thread looks at our own wiring once for any of them.
 void onPortConnect(jack_port_id_t, jack_port_id_t, int connected, void* arg)
 {
-    if (connected)
-        return;
     auto* c = static_cast<Client*>(arg);
-    c->connectionGone.store(true, std::memory_order_release);
-    c->wake->raise();
+    if (!connected)
+        notified(c, c->connectionGone);
 }
 
+// On the notification thread or on the process thread, whichever notices first; so it does not
+// tell which thread notifies.
 void onShutdown(void* arg)
 {
     auto* c = static_cast<Client*>(arg);
     // Nothing may call into the client from here: the main thread stops using it and the
     // worker closes it.
-    c->serverGone.store(true, std::memory_order_release);
-    c->wake->raise();
+    uncancellable([c] {
+        c->serverGone.store(true, std::memory_order_release);
+        c->wake->raise();
+    });
+}
+
+/// Worker thread: waits, a bounded time, for a thread of this process to have ended.
+void awaitThreadEnd(pid_t thread)
+{
+    if (thread == 0) {
+        std::this_thread::sleep_for(kUnknownThreadGrace);
+        return;
+    }
+    const QString task = QStringLiteral("/proc/self/task/%1").arg(thread);
+    for (auto waited = std::chrono::milliseconds(0); waited < kThreadEndLimit && QFileInfo::exists(task);
+         waited += kThreadEndLook)
+        std::this_thread::sleep_for(kThreadEndLook);
 }
 
 /// Worker thread: opens one client with its ports and activates it; false when no server answers.
@@ -205,6 +264,7 @@ bool openOnWorker(Client& c)
     jack_ringbuffer_reset(c.incoming);
     jack_ringbuffer_reset(c.outgoing);
     c.serverGone = false;
+    c.notifyThread = 0;
     c.setupChanged = false;
     c.graphChanged = false;
     c.connectionGone = false;
@@ -240,8 +300,10 @@ bool isUsable(const Client& c)
 
 } // namespace
 
-JackMidiSystem::JackMidiSystem(bool waitForStart)
-    : m_started(!waitForStart)
+JackMidiSystem::JackMidiSystem(bool waitForStart, Scheduler& scheduler)
+    : m_scheduler(scheduler)
+    , m_started(!waitForStart)
+    , m_openRetry(scheduler, [this] { requestOpen(); })
 {
     // A missing server is the normal case here, not an error worth printing.
     jack_set_error_function(silent);
@@ -318,19 +380,29 @@ void JackMidiSystem::startOpen()
     m_opening = true;
     m_worker->post([this, closed] {
         std::vector<Client*> opened;
+        bool answered = false;
         for (Client* c : closed) {
             if (!openOnWorker(*c))
                 break; // no server: one failed attempt is enough for this round
+            answered = true;
             if (c->handle)
                 opened.push_back(c);
         }
-        QMetaObject::invokeMethod(&m_context, [this, closed, opened] { handOver(closed, opened); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            &m_context, [this, closed, opened, answered] { handOver(closed, opened, answered); }, Qt::QueuedConnection);
     });
 }
 
-void JackMidiSystem::handOver(const std::vector<Client*>& tried, const std::vector<Client*>& opened)
+void JackMidiSystem::handOver(const std::vector<Client*>& tried, const std::vector<Client*>& opened, bool answered)
 {
     m_opening = false;
+    // A server that answered but refused a client (its activation timed out while the server was
+    // busy clearing a killed client) is asked again shortly; with no server there is nothing to ask.
+    const bool refused = answered && opened.size() < tried.size();
+    if (refused)
+        m_openRetry.failed();
+    else
+        m_openRetry.succeeded();
     bool gone = false;
     for (Client* c : opened) {
         c->isLive = true;
@@ -355,7 +427,7 @@ void JackMidiSystem::handOver(const std::vector<Client*>& tried, const std::vect
 void JackMidiSystem::serverGone()
 {
     // No call reaches these clients from here on but their closing, on the worker.
-    std::vector<jack_client_t*> handles;
+    std::vector<std::pair<jack_client_t*, pid_t>> handles;
     std::vector<Client*> lost;
     for (auto& c : m_clients) {
         if (!c->isLive)
@@ -365,12 +437,19 @@ void JackMidiSystem::serverGone()
         c->out = nullptr;
         c->pendingAttach.clear();
         c->pendingDetach.clear();
-        handles.push_back(std::exchange(c->handle, nullptr));
+        c->wiringRetry->succeeded(); // nothing left to wire
+        handles.emplace_back(std::exchange(c->handle, nullptr), c->notifyThread.load(std::memory_order_relaxed));
         lost.push_back(c.get());
     }
     m_worker->post([handles] {
-        for (jack_client_t* handle : handles)
+        // JACK's notification thread leaves through its error reporting (strerror, which takes a
+        // C library lock the first time); cancelled there by the closing, it would keep the lock
+        // for good, and the next error reported (our next open, with the server still down) would
+        // wait forever. So each is closed once that thread has ended.
+        for (const auto& [handle, notifyThread] : handles) {
+            awaitThreadEnd(notifyThread);
             jack_client_close(handle);
+        }
     });
     for (Client* c : lost) {
         if (c->notify)
@@ -403,6 +482,7 @@ MidiClientRef JackMidiSystem::createClient(const QString& name, NotifyCallback n
     jack_ringbuffer_mlock(c->outgoing);
     Client* raw = c.get();
     c->wake = std::make_unique<MainThreadSignal>([this, raw] { onWake(*raw); });
+    c->wiringRetry = std::make_unique<RetryBackoff>(m_scheduler, [this, raw] { retryWiring(*raw); });
     m_clients.push_back(std::move(c));
     requestOpen();
     return MidiClientRef(m_clients.size());
@@ -499,6 +579,27 @@ void JackMidiSystem::retryAttach(Client& c)
     std::erase_if(c.pendingAttach, [&](const QString& source) {
         return !jack_port_by_name(c.handle, source.toUtf8().constData()) || attach(c, source);
     });
+}
+
+void JackMidiSystem::retryWiring(Client& c)
+{
+    if (!isUsable(c))
+        return; // a client opened again announces itself
+    retryAttach(c);
+    const bool outMissing = !c.outWanted.isEmpty() && !c.outWired
+        && jack_port_by_name(c.handle, c.outWanted.toUtf8().constData());
+    bool done = c.pendingAttach.empty();
+    if (outMissing) {
+        // The engine takes the unit as present only once our Out reaches it: tell it.
+        if (wireOut(c) && c.notify)
+            c.notify(kMidiSetupChanged);
+        done = done && c.outWired;
+    }
+    // Done, or the unit went: either way nothing is left to try.
+    if (done)
+        c.wiringRetry->succeeded();
+    else
+        c.wiringRetry->failed();
 }
 
 // --- Enumeration ------------------------------------------------------------------------------
@@ -598,10 +699,12 @@ void JackMidiSystem::connectSource(MidiPortRef inPort, MidiEndpointRef source)
     c->pendingDetach.erase(name); // a rescan that finds the same source again: the link never went down
     // A client that registered its ports before activating refuses connections until it is
     // active; the attach is then retried on the next graph change.
-    if (attach(*c, name))
+    if (attach(*c, name)) {
         c->pendingAttach.erase(name);
-    else
+    } else {
         c->pendingAttach.insert(name);
+        c->wiringRetry->failed();
+    }
 }
 
 void JackMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source)
@@ -637,7 +740,12 @@ bool JackMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef des
 {
     Client* c = clientOf(outPort, false);
     const QString name = nameOf(destination);
-    return c && !name.isEmpty() && aimOut(*c, name);
+    if (!c || name.isEmpty())
+        return false;
+    if (aimOut(*c, name))
+        return true;
+    c->wiringRetry->failed();
+    return false;
 }
 
 bool JackMidiSystem::aimOut(Client& c, const QString& destination)

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "../../time/SystemClock.h"
 #include "../MidiSystem.h"
+#include "RetryBackoff.h"
 
 #include <QObject>
 #include <map>
@@ -31,6 +33,15 @@ class SerialWorker;
 /// that starts later or again is noticed by a JackServerWatch and opened with no user action; a
 /// rescan with no server open also tries once.
 ///
+/// A wiring that JACK refuses (a client not yet active, a server busy clearing a killed client) is
+/// tried again on the next graph change and, in case none comes, by a RetryBackoff; so is a
+/// client that failed to open while the server answered.
+///
+/// JACK ends a client's threads with asynchronous cancellation when the client closes, at
+/// whatever instruction they are. So every callback runs with cancellation held off, and a client
+/// whose server went is closed only once its notification thread has ended by itself: cancelled
+/// on its way out through JACK's error reporting, it would leave a C library lock taken for good.
+///
 /// The engine detaches and attaches its source again on every rescan; detaching waits for the
 /// rescan to end, so a unit that stays never loses its connection. No call on the main thread
 /// waits for JACK's next cycle (JACK's questions about connections do while a graph change is
@@ -41,7 +52,7 @@ class JackMidiSystem final : public MidiSystem {
 public:
     /// With `waitForStart`, nothing opens before start(): opening clients makes the server and its
     /// real-time threads busy, which a window drawing its first frame on a small machine feels.
-    explicit JackMidiSystem(bool waitForStart = false);
+    explicit JackMidiSystem(bool waitForStart = false, Scheduler& scheduler = SystemClock::shared());
     ~JackMidiSystem() override;
 
     /// Whether any client is open on a server and in use by the main thread.
@@ -73,12 +84,13 @@ private:
 
     void requestOpen();
     void startOpen();
-    void handOver(const std::vector<Client*>& tried, const std::vector<Client*>& opened);
+    void handOver(const std::vector<Client*>& tried, const std::vector<Client*>& opened, bool answered);
     void serverGone();
     void openPorts(Client& client);
     void onWake(Client& client);
     bool attach(Client& client, const QString& source);
     void retryAttach(Client& client);
+    void retryWiring(Client& client);
     void flushDetaches();
     bool aimOut(Client& client, const QString& destination);
     bool wireOut(Client& client);
@@ -91,6 +103,7 @@ private:
     std::vector<std::unique_ptr<Client>> m_clients; // ref = index + 1
     std::map<MidiPortRef, PortRef> m_ports;
     MidiPortRef m_nextPort = 1;
+    Scheduler& m_scheduler;
     bool m_started;
     bool m_openPosted = false; // a start of opening is queued on the main loop
     bool m_opening = false;    // the worker is opening clients
@@ -103,6 +116,7 @@ private:
     std::vector<MidiEndpointRef> m_destinations;
 
     QObject m_context; // tasks posted to the main thread die with this object
+    RetryBackoff m_openRetry;
     std::unique_ptr<JackServerWatch> m_watch;
     std::unique_ptr<SerialWorker> m_worker; // last: joined first, while the clients still exist
 };
