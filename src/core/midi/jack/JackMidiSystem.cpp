@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <pthread.h>
 #include <set>
 #include <thread>
@@ -308,6 +309,9 @@ JackMidiSystem::JackMidiSystem(bool waitForStart, Scheduler& scheduler)
     // A missing server is the normal case here, not an error worth printing.
     jack_set_error_function(silent);
     jack_set_info_function(silent);
+    // JACK's library sends its requests with plain write()s on the server's socket: a server that
+    // goes away in the middle of one would otherwise end the whole process with SIGPIPE.
+    std::signal(SIGPIPE, SIG_IGN);
     m_worker = std::make_unique<SerialWorker>();
     // The worker keeps the process's own priority: every thread JACK starts from it inherits its
     // nice value, and on a server without real-time scheduling that includes the process thread.
