@@ -155,7 +155,13 @@ class Churn:
 
     def _run(self):
         while self.running:
-            subprocess.run(["jack_lsp", "-c"], env=ENV, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            # JACK's library can deadlock in its own close when the server goes at that moment; a
+            # stuck churn client is killed rather than left to hold up the soak.
+            try:
+                subprocess.run(["jack_lsp", "-c"], env=ENV, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                               timeout=10)
+            except subprocess.TimeoutExpired:
+                pass
             time.sleep(random.uniform(0.2, 1.0))
 
     def stop(self):
