@@ -2,7 +2,6 @@
 
 #include "Preset.h"
 
-#include <QByteArray>
 #include <QString>
 
 namespace orvan {

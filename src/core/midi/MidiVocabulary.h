@@ -16,7 +16,6 @@ inline constexpr quint8 kKindMask = 0xF0;  ///< a channel status's kind (its upp
 inline constexpr quint8 kChannelMask = 0x0F;
 inline constexpr quint8 kDataMask = 0x7F;  ///< a data byte's seven bits
 
-inline constexpr quint8 kNoteOn = 0x90;
 inline constexpr quint8 kControlChange = 0xB0;
 inline constexpr quint8 kProgramChange = 0xC0;
 inline constexpr quint8 kChannelPressure = 0xD0;
