@@ -7,6 +7,7 @@
 #include "JackTestServer.h"
 #include "OrvanMIDI.h"
 #include "UnitRig.h"
+#include "midi/MidiVocabulary.h"
 #include "midi/jack/JackMidiSystem.h"
 #include "time/ManualClock.h"
 
@@ -77,7 +78,7 @@ struct FloodUnit {
         quint64 n = u->written.load(std::memory_order_relaxed);
         for (; n < due; ++n) {
             const Report r = reportAt(n);
-            const quint8 bytes[3] = {0xB0, quint8(r.channel * 16 + kMuteOffset), r.on ? kOn : quint8(0)};
+            const quint8 bytes[3] = {Midi::kControlChange, quint8(r.channel * 16 + kMuteOffset), r.on ? kOn : quint8(0)};
             if (jack_midi_event_write(buffer, 0, bytes, sizeof bytes) != 0) // port buffer full: next cycle
                 break;
         }

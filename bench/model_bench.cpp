@@ -4,6 +4,7 @@
 #include "DemoMode.h"
 #include "OrvanMIDI.h"
 #include "PacedSender.h"
+#include "PresetJson.h"
 #include "PresetStorage.h"
 #include "RCUModel.h"
 #include "midi/virtual/VirtualMidiSystem.h"
@@ -30,15 +31,15 @@ void encodePresets(benchmark::State& state)
 {
     const Presets presets = manyPresets(int(state.range(0)));
     for (auto _ : state)
-        benchmark::DoNotOptimize(PresetStorage::encode(presets));
+        benchmark::DoNotOptimize(PresetJson::encode(presets));
 }
 BENCHMARK(encodePresets)->Arg(10)->Arg(1000);
 
 void decodePresets(benchmark::State& state)
 {
-    const QByteArray bytes = PresetStorage::encode(manyPresets(int(state.range(0))));
+    const QByteArray bytes = PresetJson::encode(manyPresets(int(state.range(0))));
     for (auto _ : state)
-        benchmark::DoNotOptimize(PresetStorage::decode(bytes));
+        benchmark::DoNotOptimize(PresetJson::decode(bytes));
 }
 BENCHMARK(decodePresets)->Arg(10)->Arg(1000);
 

@@ -4,16 +4,34 @@
 
 namespace orvan {
 
-LaunchAction launchAction(const QStringList& arguments)
+namespace {
+const QString kRenderIcon = QStringLiteral("--render-icon");
+const QString kDemo = QStringLiteral("--demo");
+} // namespace
+
+LaunchOptions parseLaunchOptions(const QStringList& arguments)
 {
-    // The program name comes first and never counts; the first of the two options wins.
-    for (qsizetype i = 1; i < arguments.size(); ++i) {
-        if (arguments[i] == QLatin1String("--help") || arguments[i] == QLatin1String("-h"))
-            return LaunchAction::printHelp;
-        if (arguments[i] == QLatin1String("--version"))
-            return LaunchAction::printVersion;
+    LaunchOptions options;
+    options.demo = arguments.indexOf(kDemo, 1) >= 0;
+
+    // An icon export comes before anything else: it never opens a window or a MIDI client.
+    const qsizetype icon = arguments.indexOf(kRenderIcon, 1);
+    if (icon >= 0 && icon + 1 < arguments.size()) {
+        options.action = LaunchAction::renderIcon;
+        options.iconPath = arguments[icon + 1];
+        return options;
     }
-    return LaunchAction::runApp;
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        if (arguments[i] == QLatin1String("--help") || arguments[i] == QLatin1String("-h")) {
+            options.action = LaunchAction::printHelp;
+            break;
+        }
+        if (arguments[i] == QLatin1String("--version")) {
+            options.action = LaunchAction::printVersion;
+            break;
+        }
+    }
+    return options;
 }
 
 QString usageText()

@@ -11,8 +11,8 @@ namespace orvan {
 OrvanRCUApp::OrvanRCUApp(std::unique_ptr<MidiSystem> midiSystem, const Clock& clock, Scheduler& scheduler)
     : m_midiSystem(std::move(midiSystem))
 {
-    // Order matters: the first engine is the first to touch the demo flag, and an engine that
-    // finds its unit switches demo mode off before the later ones subscribe.
+    // Order matters: an engine that finds its unit switches demo mode off before the later ones
+    // subscribe.
     m_orvan = std::make_unique<OrvanMIDI>(Catalogue::orvan(), *m_midiSystem, clock);
     m_orvanModel = std::make_unique<RCUModel>(*m_orvan, scheduler);
     m_dunra = std::make_unique<OrvanMIDI>(Catalogue::dunra(), *m_midiSystem, clock);

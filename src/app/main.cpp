@@ -1,6 +1,7 @@
 #include "ApplicationShell.h"
+#include "DemoMode.h"
 #include "HostMidi.h"
-#include "IconRenderer.h"
+#include "IconFile.h"
 #include "LaunchOptions.h"
 #include "access/AccessLayer.h"
 #include "NsmClient.h"
@@ -25,13 +26,10 @@ QStringList argumentList(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    const QStringList arguments = argumentList(argc, argv);
-
-    // Before anything else exists: an icon export never opens a window or a MIDI client.
-    if (orvan::IconRenderer::handleLaunchArguments(arguments))
-        return 0;
-
-    switch (orvan::launchAction(arguments)) {
+    const orvan::LaunchOptions options = orvan::parseLaunchOptions(argumentList(argc, argv));
+    switch (options.action) {
+    case orvan::LaunchAction::renderIcon:
+        return orvan::IconFile::write(options.iconPath); // before anything else exists
     case orvan::LaunchAction::printHelp:
         std::fputs(orvan::usageText().toLocal8Bit().constData(), stdout);
         return 0;
@@ -55,6 +53,8 @@ int main(int argc, char** argv)
     if (instance.outcome() == orvan::SingleInstance::Outcome::handedOver)
         return 0;
 
+    // Before the engines subscribe, so that the first of them already starts in demo.
+    orvan::DemoMode::shared().setActive(options.demo);
     orvan::SystemClock& time = orvan::SystemClock::shared();
     orvan::OrvanRCUApp app(orvan::createHostMidiSystem(sessionUrl.has_value()), time, time);
     orvan::ApplicationShell shell(app);

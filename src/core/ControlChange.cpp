@@ -35,15 +35,14 @@ quint8 switchValue(OrvanSwitch s, bool on)
     return s == OrvanSwitch::di ? kDIOnValue : kSwitchOnValue;
 }
 
-std::vector<Triple> parseUmpWords(std::span<const quint32> words)
+std::vector<Midi::WordParts> parseUmpWords(std::span<const quint32> words)
 {
-    std::vector<Triple> triples;
+    std::vector<Midi::WordParts> messages;
     for (quint32 w : words) {
-        if ((w >> 28) != 0x2)
-            continue;
-        triples.push_back({quint8((w >> 16) & 0xFF), quint8((w >> 8) & 0x7F), quint8(w & 0x7F)});
+        if (const auto parts = Midi::partsOf(w))
+            messages.push_back(*parts);
     }
-    return triples;
+    return messages;
 }
 
 } // namespace orvan::ControlChange

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvanSwitch.h"
+#include "midi/MidiVocabulary.h"
 
 #include <QtGlobal>
 #include <optional>
@@ -22,7 +23,6 @@ enum Offset : int {
 };
 
 inline constexpr int kControllersPerChannel = 16;
-inline constexpr quint8 kStatusOnChannel1 = 0xB0;
 inline constexpr quint8 kSwitchOnValue = 127;
 inline constexpr quint8 kDIOnValue = 2; // DI alone uses 2 for on; every other switch 127
 inline constexpr quint8 kOffValue = 0;
@@ -39,23 +39,8 @@ inline int controller(int channel, OrvanSwitch s) { return controller(channel, o
 /// The value a switch is sent with.
 quint8 switchValue(OrvanSwitch s, bool on);
 
-/// One Control Change on MIDI channel 1, group 0, as a Universal MIDI Packet word (message type 2).
-constexpr quint32 umpWord(quint8 controller, quint8 value)
-{
-    return 0x20000000u | (quint32(kStatusOnChannel1) << 16) | (quint32(controller) << 8) | value;
-}
-
-/// A MIDI 1.0 channel voice message taken out of a UMP word.
-struct Triple {
-    quint8 status = 0;
-    quint8 data1 = 0;
-    quint8 data2 = 0;
-    bool operator==(const Triple&) const = default;
-    bool isControlChange() const { return (status & 0xF0) == 0xB0; }
-};
-
-/// Every word whose message type (top four bits) is 2 becomes one triple; other words are skipped
-/// one word at a time. Channel and group are kept in the status and not looked at further.
-std::vector<Triple> parseUmpWords(std::span<const quint32> words);
+/// Every MIDI 1.0 channel voice word taken apart, in order; other words are skipped one word at a
+/// time. Channel and group are kept and not looked at further.
+std::vector<Midi::WordParts> parseUmpWords(std::span<const quint32> words);
 
 } // namespace orvan::ControlChange

@@ -1,15 +1,6 @@
 #include "DemoMode.h"
 
-#include <QCoreApplication>
-
 namespace orvan {
-
-namespace {
-bool launchedWithDemo()
-{
-    return QCoreApplication::instance() && QCoreApplication::arguments().contains(QStringLiteral("--demo"));
-}
-} // namespace
 
 DemoMode::DemoMode(bool active)
     : m_active(active)
@@ -18,7 +9,7 @@ DemoMode::DemoMode(bool active)
 
 DemoMode& DemoMode::shared()
 {
-    static DemoMode* instance = new DemoMode(launchedWithDemo()); // lives as long as the process
+    static DemoMode* instance = new DemoMode(false); // lives as long as the process
     return *instance;
 }
 

@@ -11,8 +11,8 @@ class DemoMode final : public QObject {
     Q_PROPERTY(bool active READ active WRITE setActive NOTIFY activeChanged)
 
 public:
-    /// The one instance, made on first access (from the main thread), on when the process was
-    /// started with "--demo".
+    /// The one instance, made off on first access (from the main thread); the launch hands in its
+    /// choice before the engines start.
     static DemoMode& shared();
 
     bool active() const { return m_active; }

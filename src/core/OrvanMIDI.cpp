@@ -146,7 +146,7 @@ void OrvanMIDI::send(int controller, int value)
 {
     if (m_destination == 0)
         return;
-    m_system.send(m_outPort, m_destination, ControlChange::umpWord(quint8(controller), quint8(value)));
+    m_system.send(m_outPort, m_destination, Midi::controlChangeWord(controller, value));
 }
 
 void OrvanMIDI::setGain(int channel, qint64 value)

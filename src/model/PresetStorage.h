@@ -2,15 +2,14 @@
 
 #include "Preset.h"
 
-#include <QByteArray>
 #include <QString>
 
 namespace orvan {
 struct DeviceSpec;
 }
 
-/// Where a unit's presets live on disk and how they are written and read. Every failure is silent:
-/// reading gives an empty list, a failed write leaves the old file as it was.
+/// Where a unit's presets live on disk, and their file's load and save (its bytes are PresetJson's).
+/// Every failure is silent: reading gives an empty list, a failed write leaves the old file as it was.
 namespace orvan::PresetStorage {
 
 /// The full path of the unit's preset file under "$XDG_DATA_HOME/OrvanRCU" (else
@@ -27,14 +26,5 @@ void save(const Presets& presets, const DeviceSpec& spec);
 /// Reads the unit's file; any failure (missing, not a regular file, larger than `kLargestFile`,
 /// unreadable, malformed, wrong shape) gives an empty list. Never blocks, never writes.
 Presets load(const DeviceSpec& spec);
-
-/// The file's bytes for a list: sorted keys, two-space indent, `"key" : value`, absent optional
-/// values left out, upper-case UUIDs. Empty when a name is not valid text (a lone surrogate).
-QByteArray encode(const Presets& presets);
-
-/// The list a file's bytes hold, or nothing when any part is missing or of the wrong type: an id
-/// must be exactly the 36-character hyphenated form (either case), a gain an integer that fits 64
-/// bits, a name valid text.
-std::optional<Presets> decode(const QByteArray& bytes);
 
 } // namespace orvan::PresetStorage

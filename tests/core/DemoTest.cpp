@@ -60,8 +60,8 @@ TEST_F(Demo, StartedWithDemoAndNoUnitEveryEngineShowsItsSamplesAndTakesChangesLo
         EXPECT_TRUE(engine->channels()[0].mute) << title;
     }
     ASSERT_EQ(midi.sent().size(), 2u) << "only the Melko's destination hears the requests";
-    EXPECT_EQ(midi.sent()[0].word, 0x20B00914u);
-    EXPECT_EQ(midi.sent()[1].word, 0x20B0077Fu);
+    EXPECT_EQ(midi.sent()[0].word, Midi::controlChangeWord(9, 20));
+    EXPECT_EQ(midi.sent()[1].word, Midi::controlChangeWord(7, 127));
 }
 
 TEST_F(Demo, AUnitPresentAtStartOrPluggedInLaterEndsDemoForEveryEngine)

@@ -15,11 +15,6 @@ const Wire kWires[] = {
 };
 constexpr int kGainOffset = 9;
 
-quint32 controlChange(int controller, int value)
-{
-    return 0x20B00000u | quint32(controller) << 8 | quint32(value);
-}
-
 bool unitHas(const DeviceSpec& spec, OrvanSwitch s)
 {
     return (s != OrvanSwitch::di || spec.hasDI) && (s != OrvanSwitch::hpf || spec.hasHPF);
@@ -45,7 +40,7 @@ TEST_P(Protocol, EverySwitchAndGainOfEveryChannelGoesOutOnItsController)
                 midi.clearSent();
                 engine->set(w.s, ch, on);
                 ASSERT_EQ(midi.sent().size(), 1u);
-                EXPECT_EQ(midi.sent()[0].word, controlChange(16 * ch + w.offset, on ? w.onValue : 0))
+                EXPECT_EQ(midi.sent()[0].word, Midi::controlChangeWord(16 * ch + w.offset, on ? w.onValue : 0))
                     << switchName(w.s) << " ch " << ch;
                 EXPECT_EQ(engine->channels()[ch].*w.field, on) << switchName(w.s) << " ch " << ch;
             }
@@ -53,7 +48,7 @@ TEST_P(Protocol, EverySwitchAndGainOfEveryChannelGoesOutOnItsController)
         midi.clearSent();
         engine->setGain(ch, 10);
         ASSERT_EQ(midi.sent().size(), 1u);
-        EXPECT_EQ(midi.sent()[0].word, controlChange(16 * ch + kGainOffset, 10)) << "ch " << ch;
+        EXPECT_EQ(midi.sent()[0].word, Midi::controlChangeWord(16 * ch + kGainOffset, 10)) << "ch " << ch;
     }
 }
 

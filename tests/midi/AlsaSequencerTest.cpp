@@ -5,7 +5,7 @@
 #include "OrvanMIDI.h"
 #include "UnitRig.h"
 #include "midi/LinuxMidiSystem.h"
-#include "midi/MidiBytes.h"
+#include "midi/MidiVocabulary.h"
 #include "midi/alsa/AlsaMidiSystem.h"
 #include "time/ManualClock.h"
 
@@ -60,8 +60,8 @@ struct RawUnit {
         snd_seq_event_t* event = nullptr;
         while (snd_seq_event_input(seq, &event) >= 0 && event) {
             if (event->type == SND_SEQ_EVENT_CONTROLLER)
-                words.push_back(MidiBytes::controlChangeWord(event->data.control.channel, int(event->data.control.param),
-                                                             event->data.control.value));
+                words.push_back(Midi::controlChangeWord(int(event->data.control.param), event->data.control.value,
+                                                        event->data.control.channel));
         }
         return words;
     }
@@ -115,7 +115,7 @@ TEST(AlsaSequencer, AUnitReplacedBeforeTheEngineHearsOfItIsReachedAndHeard)
     reporting.stop();
     // ...and the engine's messages reach the new unit
     engine.setGain(0, 10);
-    EXPECT_TRUE(waitFor([&] { return second.received() == std::vector<quint32>{MidiBytes::controlChangeWord(0, 9, 10)}; }));
+    EXPECT_TRUE(waitFor([&] { return second.received() == std::vector<quint32>{Midi::controlChangeWord(9, 10)}; }));
     EXPECT_TRUE(engine.isConnected());
 }
 

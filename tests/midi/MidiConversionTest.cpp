@@ -1,5 +1,6 @@
 // Between the systems' own message forms and the words the engine parses.
 #include "midi/MidiBytes.h"
+#include "midi/MidiVocabulary.h"
 #include "midi/alsa/AlsaEvents.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,41 @@
 using namespace orvan;
 
 namespace {
+
+// The words spelled out in hex, so that a wrong shift or mask in the one builder cannot hide.
+TEST(MidiWords, ControlChangesBuildComeApartAndBecomeBytesBitForBit)
+{
+    struct Built { quint32 built; quint32 word; };
+    const Built built[] = {
+        {Midi::controlChangeWord(9, 10), 0x20B0090Au},
+        {Midi::controlChangeWord(119, 64, 4), 0x20B47740u},
+        {Midi::controlChangeWord(0, 0, 15, 3), 0x23BF0000u},
+        {Midi::controlChangeWord(128 + 9, 255, 64 + 2, 16), 0x20B2097Fu}, // data keep 7 bits, channel and group 4
+    };
+    for (const Built& row : built)
+        EXPECT_EQ(row.built, row.word) << std::hex << row.word;
+
+    struct Word { quint32 word; std::optional<Midi::WordParts> parts; std::vector<quint8> bytes; };
+    const Word words[] = {
+        {0x20B0090Au, Midi::WordParts{0, 0xB0, 9, 10}, {0xB0, 9, 10}},
+        {0x23BF7F00u, Midi::WordParts{3, 0xBF, 127, 0}, {0xBF, 127, 0}},
+        {0x20C00500u, Midi::WordParts{0, 0xC0, 5, 0}, {0xC0, 5}},    // program change: two bytes
+        {0x20D14000u, Midi::WordParts{0, 0xD1, 64, 0}, {0xD1, 64}},  // and channel pressure
+        {0x20090A00u, Midi::WordParts{0, 0x09, 10, 0}, {}},         // no status byte
+        {0x20F00000u, Midi::WordParts{0, 0xF0, 0, 0}, {}},          // not a channel message
+        {0x10F80000u, std::nullopt, {}},                            // a system word
+        {0x40B00900u, std::nullopt, {}},                            // a MIDI 2.0 word
+    };
+    for (const Word& row : words) {
+        EXPECT_EQ(Midi::partsOf(row.word), row.parts) << std::hex << row.word;
+        if (row.parts)
+            EXPECT_EQ(Midi::wordOf(*row.parts), row.word) << std::hex << row.word;
+        MidiBytes::Message bytes{};
+        const std::size_t size = MidiBytes::toBytes(row.word, bytes);
+        EXPECT_EQ(std::vector<quint8>(bytes.begin(), bytes.begin() + qsizetype(size)), row.bytes) << std::hex << row.word;
+    }
+    EXPECT_EQ(Midi::partsOf(0x20B0FFFFu), (Midi::WordParts{0, 0xB0, 127, 127})) << "data bytes keep seven bits";
+}
 
 struct BytesRow {
     const char* what;

@@ -1,4 +1,5 @@
 #include "ModelRig.h"
+#include "PresetJson.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -52,7 +53,7 @@ TEST(PresetKillTest, ASaveKilledAtAnyMomentLeavesOneWholeFileAndTheNextSaveClean
         // then: one whole list, the old or a new one; anything else beside it is a temporary file
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        const auto list = PresetStorage::decode(file.readAll());
+        const auto list = PresetJson::decode(file.readAll());
         ASSERT_TRUE(list) << "a torn file";
         EXPECT_TRUE(list->size() == 0 || list->size() == 3 || list->size() == 40) << list->size() << " presets";
         for (const QString& name : entries())

@@ -1,5 +1,6 @@
 #include "ModelRig.h"
 #include "AtomicFile.h"
+#include "PresetJson.h"
 
 #include <QTemporaryDir>
 
@@ -69,7 +70,7 @@ TEST_F(PresetStorageTest, WritesTheTwoChannelExampleByteForByteIntoTheOrvanRCUDa
     "name" : "Preset 1"
   }
 ])");
-    EXPECT_EQ(PresetStorage::encode({}), "[]");
+    EXPECT_EQ(PresetJson::encode({}), "[]");
 }
 
 TEST_F(PresetStorageTest, SavingThenLoadingGivesBackAnEqualListWhateverTheNames)
@@ -108,7 +109,7 @@ TEST_F(PresetStorageTest, ReadsOnlyAWholeWellFormedListAndNeverTouchesTheFile)
         {"gain 2^53 + 1 read exactly", preset(switches + R"(,"gainValue":9007199254740993)"), loaded(9007199254740993)},
         {"surrogate pair in a name", preset(switches, R"("\ud83c\udfa4")"), loaded(std::nullopt, QStringLiteral("\U0001F3A4"))},
         {"missing", std::nullopt},
-        {"truncated", PresetStorage::encode({twoChannelExample()}).chopped(9)},
+        {"truncated", PresetJson::encode({twoChannelExample()}).chopped(9)},
         {"snapshot lacks mute", preset(R"("pad":false,"phantom":false,"polarity":false)")},
         {"mute is null", preset(R"("mute":null,"pad":false,"phantom":false,"polarity":false)")},
         {"di is a number", preset(switches + R"(,"di":1)")},
@@ -135,7 +136,7 @@ TEST_F(PresetStorageTest, ReadsOnlyAWholeWellFormedListAndNeverTouchesTheFile)
 TEST_F(PresetStorageTest, AFIFOIsNeverReadLikeAFileButASymlinkToAFileIsFollowed)
 {
     // given: a FIFO with a writer that never closes it; read like a file, the start-up would wait for ever
-    const QByteArray valid = PresetStorage::encode({twoChannelExample()});
+    const QByteArray valid = PresetJson::encode({twoChannelExample()});
     ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
     const int writer = ::open(QFile::encodeName(path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     ASSERT_EQ(::write(writer, valid.constData(), size_t(valid.size())), valid.size());

@@ -1,7 +1,5 @@
-#include "IconRenderer.h"
 #include "IconView.h"
 
-#include <QFile>
 #include <QPainter>
 #include <gtest/gtest.h>
 
@@ -49,23 +47,4 @@ TEST(Icon, LightsTheSegmentsOfEighteenInItsPaleBlue)
         EXPECT_EQ(qRed(pixelAt(0, s)) > 150, litOnOne) << "1: " << s;
         EXPECT_GT(qRed(pixelAt(1, s)), 150) << "8: " << s;
     }
-}
-
-TEST(IconRendererDeathTest, AFailedRenderPrintsExactlyItsOneLineAndExitsWithOne)
-{
-    const QStringList arguments{"orvanrcu", "--render-icon", "never-written.png"};
-    EXPECT_EXIT(orvan::IconRenderer::handleLaunchArguments(arguments, [] { return QImage(); }),
-                testing::ExitedWithCode(1), "^icon render failed\n$");
-    EXPECT_FALSE(QFile::exists("never-written.png"));
-}
-
-TEST(IconRenderer, WithoutAPathAfterTheOptionNothingIsRenderedAndTheAppStarts)
-{
-    int renders = 0;
-    const auto counting = [&] { ++renders; return QImage(); };
-    EXPECT_FALSE(orvan::IconRenderer::handleLaunchArguments({"orvanrcu", "--demo"}, counting));
-    EXPECT_FALSE(orvan::IconRenderer::handleLaunchArguments({"orvanrcu", "--render-icon"}, counting));
-    EXPECT_FALSE(orvan::IconRenderer::handleLaunchArguments({"--render-icon", "x.png"}, counting))
-        << "the program name never counts";
-    EXPECT_EQ(renders, 0);
 }

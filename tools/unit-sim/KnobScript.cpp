@@ -26,7 +26,7 @@ std::vector<MidiBytes::Message> knobReports(const KnobTurn& turn)
     const auto controller = quint8(ControlChange::controller(turn.channel, ControlChange::gainOffset));
     for (int db = turn.fromDecibels; db != turn.toDecibels;) {
         db += direction;
-        reports.push_back({ControlChange::kStatusOnChannel1, controller, quint8(db / kDecibelsPerGainStep)});
+        reports.push_back({Midi::kControlChange, controller, quint8(db / kDecibelsPerGainStep)});
     }
     return reports;
 }

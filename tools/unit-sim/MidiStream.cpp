@@ -1,25 +1,18 @@
 #include "MidiStream.h"
 
-#include "midi/MidiBytes.h"
+#include "midi/MidiVocabulary.h"
 
 namespace orvan {
 
 namespace {
 
-constexpr quint8 kStatusBit = 0x80;
-constexpr quint8 kSystemFirst = 0xF0;
-constexpr quint8 kSysExStart = 0xF0;
-constexpr quint8 kSysExEnd = 0xF7;
-constexpr quint8 kRealtimeFirst = 0xF8;
-constexpr quint8 kTimeCodeQuarterFrame = 0xF1;
-constexpr quint8 kSongPosition = 0xF2;
-constexpr quint8 kSongSelect = 0xF3;
+using namespace Midi;
 
 /// Data bytes that follow `status`.
-int dataBytesOf(quint8 status)
+int dataBytesOfAny(quint8 status)
 {
-    if (status < kSystemFirst)
-        return MidiBytes::detail::dataBytesOf(status); // the engine's own rule for channel messages
+    if (isChannelStatus(status))
+        return dataBytesOf(status); // the engine's own rule for channel messages
     if (status == kTimeCodeQuarterFrame || status == kSongSelect)
         return 1;
     return status == kSongPosition ? 2 : 0;
@@ -51,16 +44,16 @@ std::vector<QByteArray> midiMessagesOf(const QByteArray& stream)
                 finishSysEx();
                 continue;
             }
-            if (!(byte & kStatusBit)) {
+            if (!isStatus(byte)) {
                 current.append(c);
                 continue;
             }
             finishSysEx(); // cut short by the next status byte
         }
-        if (byte & kStatusBit) {
+        if (isStatus(byte)) {
             current = QByteArray(1, c);
             inSysEx = byte == kSysExStart;
-            running = byte < kSystemFirst ? byte : 0;
+            running = isChannelStatus(byte) ? byte : 0;
         } else if (current.isEmpty()) {
             if (running == 0)
                 continue;
@@ -69,7 +62,7 @@ std::vector<QByteArray> midiMessagesOf(const QByteArray& stream)
         } else {
             current.append(c);
         }
-        if (!inSysEx && current.size() == 1 + dataBytesOf(quint8(current.front()))) {
+        if (!inSysEx && current.size() == 1 + dataBytesOfAny(quint8(current.front()))) {
             messages.push_back(current);
             current.clear();
         }

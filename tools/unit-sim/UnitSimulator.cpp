@@ -19,8 +19,6 @@ constexpr std::size_t kLogEntries = 4096;
 // Room for what is waiting to be played: a flood of ten thousand reports, or a long SysEx.
 constexpr std::size_t kPlayRingBytes = 4 * 1024 * 1024;
 constexpr qint64 kMicrosecondsPerSecond = 1000000;
-constexpr quint8 kControlChange = 0xB0;
-constexpr quint8 kKindMask = 0xF0;
 constexpr quint32 kMillisecondsPerSecond = 1000;
 constexpr char kPrettyNameType[] = "text/plain";
 
@@ -120,7 +118,7 @@ int UnitSimulator::process(quint32 frames)
             jack_ringbuffer_write(m_log, reinterpret_cast<const char*>(&entry), sizeof entry);
             logged = true;
         }
-        if (event.size == MidiBytes::kMaxMessageSize && (event.buffer[0] & kKindMask) == kControlChange
+        if (event.size == MidiBytes::kMaxMessageSize && Midi::kindOf(event.buffer[0]) == Midi::kControlChange
             && jack_midi_event_write(outBuffer, event.time, event.buffer, event.size) == 0)
             lastWritten = event.time;
     }

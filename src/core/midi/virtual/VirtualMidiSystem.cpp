@@ -83,8 +83,7 @@ void VirtualMidiSystem::inject(MidiEndpointRef source, std::span<const quint32> 
 
 void VirtualMidiSystem::injectControlChange(MidiEndpointRef source, int controller, int value, int midiChannel, int group)
 {
-    const quint32 word = 0x20000000u | (quint32(group & 0xF) << 24) | (quint32(0xB0 | (midiChannel & 0xF)) << 16)
-        | (quint32(controller & 0x7F) << 8) | quint32(value & 0x7F);
+    const quint32 word = Midi::controlChangeWord(controller, value, midiChannel, group);
     inject(source, std::span<const quint32>(&word, 1));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "../MidiSystem.h"
+#include "../MidiVocabulary.h"
 
 #include <chrono>
 #include <map>
@@ -23,9 +24,10 @@ public:
         quint32 word = 0;
         std::chrono::nanoseconds time{0};
 
-        int controller() const { return int((word >> 8) & 0xFF); }
-        int value() const { return int(word & 0xFF); }
-        int status() const { return int((word >> 16) & 0xFF); }
+        /// All zero for a word that is no MIDI 1.0 channel voice message.
+        Midi::WordParts parts() const { return Midi::partsOf(word).value_or(Midi::WordParts{}); }
+        int controller() const { return parts().data1; }
+        int value() const { return parts().data2; }
     };
 
     explicit VirtualMidiSystem(const Clock* clock = nullptr);

@@ -1,4 +1,4 @@
-#include "IconRenderer.h"
+#include "IconFile.h"
 
 #include "IconView.h"
 
@@ -6,27 +6,22 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 
-namespace orvan::IconRenderer {
+namespace orvan::IconFile {
 
 namespace {
 const char kFailure[] = "icon render failed\n";
+constexpr int kRenderFailed = 1;
 } // namespace
 
-bool handleLaunchArguments(const QStringList& arguments)
+int write(const QString& path)
 {
-    return handleLaunchArguments(arguments, &render::IconView::render);
+    return write(path, &render::IconView::render);
 }
 
-bool handleLaunchArguments(const QStringList& arguments, const std::function<QImage()>& render)
+int write(const QString& path, const std::function<QImage()>& render)
 {
-    const qsizetype at = arguments.indexOf(QStringLiteral("--render-icon"), 1);
-    if (at < 0 || at + 1 >= arguments.size())
-        return false;
-    const QString path = arguments[at + 1];
-
     // An export prints nothing but its one failure line: Qt's own chatter (a missing runtime
     // folder, say) stays quiet.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
@@ -51,13 +46,13 @@ bool handleLaunchArguments(const QStringList& arguments, const std::function<QIm
     if (png.isEmpty()) {
         std::fwrite(kFailure, 1, sizeof(kFailure) - 1, stderr);
         std::fflush(stderr);
-        std::exit(1);
+        return kRenderFailed;
     }
 
     QFile file(path);
     if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         file.write(png); // a failed write is deliberately silent
-    return true;
+    return 0;
 }
 
-} // namespace orvan::IconRenderer
+} // namespace orvan::IconFile
