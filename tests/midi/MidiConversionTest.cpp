@@ -36,8 +36,9 @@ TEST(MidiWords, ControlChangesBuildComeApartAndBecomeBytesBitForBit)
     };
     for (const Word& row : words) {
         EXPECT_EQ(Midi::partsOf(row.word), row.parts) << std::hex << row.word;
-        if (row.parts)
+        if (row.parts) {
             EXPECT_EQ(Midi::wordOf(*row.parts), row.word) << std::hex << row.word;
+        }
         MidiBytes::Message bytes{};
         const std::size_t size = MidiBytes::toBytes(row.word, bytes);
         EXPECT_EQ(std::vector<quint8>(bytes.begin(), bytes.begin() + qsizetype(size)), row.bytes) << std::hex << row.word;
