@@ -1,6 +1,10 @@
+#include "Blur.h"
 #include "Controls.h"
+#include "PaintCache.h"
+#include "RoundedShadow.h"
 
 #include <QPainter>
+#include <QPainterPath>
 #include <gtest/gtest.h>
 
 using namespace orvan::render;
@@ -77,4 +81,54 @@ TEST(PowerButton, ItsRingIsGreenWhenConnectedAndRedOtherwise)
     const auto missing = paintAt(QSize(80, 80), [&](QPainter& p) { paintPowerButton(p, nullptr, QPointF(40, 40), false); });
     EXPECT_GT(qGreen(at(connected, onRing)), qRed(at(connected, onRing)));
     EXPECT_GT(qRed(at(missing, onRing)), qGreen(at(missing, onRing)));
+}
+
+// A rounded rectangle's shadow laid from nine pieces must be the picture the whole-shape blur
+// gives, at plate and control sizes, at device scales 1, 2 and a fractional one, and wherever
+// the pieces' seams fall between device pixels; pieces from the wrong place are off by tens.
+TEST(RoundedShadow, PiecesGiveTheSamePictureAsTheWholeBlur)
+{
+    const struct {
+        const char* name;
+        QRectF rect;
+        double corner, blur, scale;
+        QPointF offset;
+    } cases[] = {
+        {"a plate at 1x", {20.3, 14.6, 300, 120}, 9, 6, 1, {-8, 10}},
+        {"a plate at 2x", {20.3, 14.6, 300, 120}, 9, 6, 2, {-7, 8}},
+        {"a narrow readout at 1.25x", {16, 12, 90.4, 31.7}, 4, 1.05, 1.25, {-3, 3.3}},
+        {"a soft glow at 2x", {30, 30, 160, 100}, 14, 8, 2, {0, 0}},
+    };
+    PaintCache cache;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto paint = [&](bool pieces) {
+            const QSize size = (c.rect.size() + QSizeF(60, 60)).toSize() * c.scale;
+            QImage image(size, QImage::Format_ARGB32_Premultiplied);
+            image.fill(Qt::transparent);
+            QPainter p(&image);
+            p.scale(c.scale, c.scale);
+            p.translate(10, 0);
+            const QColor color = QColor::fromRgbF(0.1f, 0.2f, 0.9f, 0.8f);
+            if (pieces) {
+                paintRoundedShadow(p, &cache, c.rect, c.corner, color, c.blur, c.offset);
+            } else {
+                QPainterPath shape;
+                shape.addRoundedRect(c.rect, c.corner, c.corner);
+                paintShadow(p, nullptr, shape, color, c.blur, c.offset);
+            }
+            return image;
+        };
+        const QImage whole = paint(false), sliced = paint(true);
+        ASSERT_GT(qAlpha(whole.pixel((c.rect.center() + QPointF(10, 0) + c.offset).toPoint() * c.scale)), 150);
+        int worst = 0;
+        for (int y = 0; y < whole.height(); ++y) {
+            for (int x = 0; x < whole.width(); ++x) {
+                const QRgb a = whole.pixel(x, y), b = sliced.pixel(x, y);
+                worst = std::max({worst, std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
+                                  std::abs(qBlue(a) - qBlue(b)), std::abs(qAlpha(a) - qAlpha(b))});
+            }
+        }
+        EXPECT_LE(worst, 2);
+    }
 }

@@ -1,6 +1,7 @@
 #include "BlueDisplayItem.h"
 
 #include "Controls.h"
+#include "RoundedShadow.h"
 #include "Theme.h"
 #include "panels/PaintingScene.h"
 
@@ -54,9 +55,10 @@ void BlueDisplayItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, 
     QPainterPath panePath;
     panePath.addRoundedRect(pane, m_look.paneRadius, m_look.paneRadius);
 
-    render::paintHardShadow(*painter, PaintingScene::cacheOf(*this), bezelPath, m_look.shadowDepth, 0.75);
+    render::PaintCache* cache = PaintingScene::cacheOf(*this);
+    render::paintRoundedHardShadow(*painter, cache, bezel, m_look.bezelRadius, m_look.shadowDepth, 0.75);
     if (m_look.blueGlow)
-        render::paintGlow(*painter, PaintingScene::cacheOf(*this), bezelPath, render::Theme::blueLit(), 0.4, 8);
+        render::paintRoundedGlow(*painter, cache, bezel, m_look.bezelRadius, render::Theme::blueLit(), 0.4, 8);
     painter->fillPath(bezelPath, Qt::black);
     QLinearGradient blue(pane.topLeft(), pane.bottomLeft());
     blue.setColorAt(0, kPaneTop);

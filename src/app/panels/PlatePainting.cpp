@@ -3,6 +3,7 @@
 #include "BrushedTexture.h"
 #include "Controls.h"
 #include "HardLight.h"
+#include "RoundedShadow.h"
 #include "Theme.h"
 
 #include <QPainter>
@@ -22,7 +23,7 @@ void paintPlate(QPainter& painter, render::PaintCache* cache, const QRectF& plat
     QPainterPath shape;
     shape.addRoundedRect(plate, look.cornerRadius, look.cornerRadius);
 
-    render::paintShadow(painter, cache, shape, look.shadowColor, look.shadowBlur, look.shadowOffset);
+    render::paintRoundedShadow(painter, cache, plate, look.cornerRadius, look.shadowColor, look.shadowBlur, look.shadowOffset);
 
     QLinearGradient fill = alongLight(plate);
     fill.setColorAt(0, look.gradient[0]);
