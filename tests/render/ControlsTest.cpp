@@ -1,6 +1,7 @@
 #include "Blur.h"
 #include "Controls.h"
 #include "PaintCache.h"
+#include "PlatePainting.h"
 #include "RoundedShadow.h"
 
 #include <QPainter>
@@ -131,4 +132,22 @@ TEST(RoundedShadow, PiecesGiveTheSamePictureAsTheWholeBlur)
         }
         EXPECT_LE(worst, 2);
     }
+}
+
+TEST(ScriptName, EachShadowLiesOneOffsetFurtherOut)
+{
+    const auto darkPixels = [](int shadows) {
+        QImage image(200, 80, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.scale(2, 2);
+        paintScriptName(painter, QPointF(50, 20), QStringLiteral("Orvan"), 40, shadows);
+        painter.end();
+        int dark = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                dark += qRed(image.pixel(x, y)) < 40;
+        return dark;
+    };
+    EXPECT_GT(darkPixels(2), darkPixels(1) * 1.5) << "the second shadow shows beside the first";
 }

@@ -65,13 +65,13 @@ void BlueDisplayItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, 
     blue.setColorAt(1, kPaneBottom);
     painter->fillPath(panePath, blue);
 
-    const LetteringStyle text =
-        LetteringStyle::of(m_look.fontSize, QFont::Medium, 0, QColor::fromRgbF(kTextGrey, kTextGrey, kTextGrey)).inMonospace();
+    const render::LetteringStyle text =
+        render::LetteringStyle::of(m_look.fontSize, QFont::Medium, 0, QColor::fromRgbF(kTextGrey, kTextGrey, kTextGrey)).inMonospace();
     const double lineHeight = m_look.fontSize * 1.25;
     const double top = -lineHeight * m_lines.size() / 2;
     for (int i = 0; i < m_lines.size(); ++i) {
         const QRectF box(-m_look.textBoxWidth / 2, top + i * lineHeight, m_look.textBoxWidth, lineHeight);
-        drawLettering(*painter, box, Qt::AlignLeft | Qt::AlignVCenter, m_lines[i], text);
+        render::drawLettering(*painter, box, Qt::AlignLeft | Qt::AlignVCenter, m_lines[i], text);
     }
 
     if (m_look.glassHighlight) {
