@@ -23,7 +23,9 @@ void paintPlate(QPainter& painter, PaintCache* cache, const QRectF& plate, const
     QPainterPath shape;
     shape.addRoundedRect(plate, look.cornerRadius, look.cornerRadius);
 
-    paintRoundedShadow(painter, cache, plate, look.cornerRadius, look.shadowColor, look.shadowBlur, look.shadowOffset);
+    // The plate's opaque fill covers the shadow's middle; only the round corners let it through.
+    const QRectF filled = plate.adjusted(look.cornerRadius, look.cornerRadius, -look.cornerRadius, -look.cornerRadius);
+    paintRoundedShadow(painter, cache, plate, look.cornerRadius, look.shadowColor, look.shadowBlur, look.shadowOffset, filled);
 
     QLinearGradient fill = alongLight(plate);
     fill.setColorAt(0, look.gradient[0]);

@@ -18,7 +18,7 @@ class PaintCache;
 /// and its drop shadow.
 struct PlateLook {
     double cornerRadius;
-    std::array<QColor, 3> gradient;      ///< stops at 0, `middleStop`, 1 along the light direction
+    std::array<QColor, 3> gradient;      ///< opaque stops at 0, `middleStop`, 1 along the light direction
     double middleStop;
     bool verticalGrain;
     double textureOpacity;

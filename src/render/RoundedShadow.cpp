@@ -4,75 +4,80 @@
 
 #include <QPainter>
 #include <QPainterPath>
+#include <QRegion>
 #include <array>
 #include <cmath>
 #include <optional>
+#include <tuple>
 
 namespace orvan::render {
 
 namespace {
 
 /// One direction of the slicing. The whole shadow image `paintShadow` would draw (its pixels
-/// "whole pixels") is never made: its near and far ends are cut from a small reference image
-/// whose shape is shorter by a whole number of pixels, and its middle, where every line across
-/// the side is the same, is one line of the reference stretched.
+/// "whole pixels") is never made. Its near end is a small reference image with the same corner,
+/// drawn where the whole image would be; its far end is the same reference drawn a whole number
+/// of pixels further on (its shape is that much shorter); in between, where every line across the
+/// side is the same, one line is repeated.
 struct Axis {
-    double length;     ///< the reference shape's length in points
-    double deviceStart; ///< device coordinate of the whole image's first pixel edge
-    double step;       ///< device pixels per whole pixel
-    double wholePixels;
-    int shift;         ///< whole pixels the far end lies beyond the reference's far end
-    int nearSeam, farSeam; ///< device pixels where the pieces meet, inside the constant stretch
+    double length;        ///< the reference shape's length in points
+    double boundStart;    ///< where the whole image starts, in points
+    double pointsPerPixel; ///< points per whole pixel
+    int shift;            ///< whole pixels between the reference's far end and the whole one's
+    int outerNear, nearSeam, farSeam, outerFar; ///< device pixels: the pieces' edges
+    int line;             ///< a device pixel inside the stretch where every line is the same
 };
 
-/// A straight side's profile reaches the middle once it is clear of the corner's curve, plus
-/// what the blur spreads and a pixel for the smoothing that reads the neighbours.
+/// A straight side's profile is the same everywhere once clear of the corner's curve, plus what
+/// the blur spreads and a pixel for the smoothing that reads the neighbours.
 std::optional<Axis> sliceAxis(double start, double length, double scale, double translation, double corner,
                               double margin, double layerScale, int reach)
 {
     const double clear = corner * layerScale + reach + 1;
     const double shortest = 2 * corner + (2 * reach + 4) / layerScale;
+    const double wholePixels = std::max(1.0, std::ceil((length + 2 * margin) * layerScale));
     Axis axis{};
-    axis.wholePixels = std::max(1.0, std::ceil((length + 2 * margin) * layerScale));
     axis.shift = int(std::floor((length - shortest) * layerScale));
     if (axis.shift < 0)
         return std::nullopt;
     axis.length = length - axis.shift / layerScale;
-    axis.step = scale * (length + 2 * margin) / axis.wholePixels;
-    axis.deviceStart = scale * (start - margin) + translation;
-    axis.nearSeam = int(std::ceil(axis.deviceStart + (margin * layerScale + clear) * axis.step));
-    axis.farSeam = int(std::floor(axis.deviceStart + ((margin + length) * layerScale - clear) * axis.step));
+    axis.boundStart = start - margin;
+    axis.pointsPerPixel = (length + 2 * margin) / wholePixels;
+    const double deviceStart = scale * axis.boundStart + translation;
+    const double step = scale * axis.pointsPerPixel; // device pixels per whole pixel
+    axis.outerNear = int(std::floor(deviceStart)) - 1;
+    axis.nearSeam = int(std::ceil(deviceStart + (margin * layerScale + clear) * step));
+    axis.farSeam = int(std::floor(deviceStart + ((margin + length) * layerScale - clear) * step));
+    axis.outerFar = int(std::ceil(deviceStart + wholePixels * step)) + 1;
+    axis.line = int(std::floor(deviceStart + (margin + axis.length / 2) * layerScale * step));
     if (axis.nearSeam >= axis.farSeam)
         return std::nullopt;
     return axis;
 }
 
-/// The three pieces along one axis, each a device span and the reference pixels it shows.
-struct Span {
-    double deviceFrom, deviceTo, sourceFrom, sourceTo;
-};
-std::array<Span, 3> spans(const Axis& axis, int referencePixels, double layerScale, double margin)
+/// Where the reference lies, in points, for the near end (0) or the far end (1) of an axis.
+std::pair<double, double> placed(const Axis& axis, int end, int referencePixels)
 {
-    const double middle = (margin + axis.length / 2) * layerScale;
-    // The reference may round up to one more (clear) pixel than the whole image's far end.
-    const double end = std::min(double(referencePixels), axis.wholePixels - axis.shift);
-    const double near = axis.nearSeam, far = axis.farSeam;
-    return {{
-        {axis.deviceStart, near, 0, (near - axis.deviceStart) / axis.step},
-        {near, far, middle - 1, middle + 1},
-        {far, axis.deviceStart + (axis.shift + end) * axis.step, (far - axis.deviceStart) / axis.step - axis.shift, end},
-    }};
+    return {axis.boundStart + end * axis.shift * axis.pointsPerPixel, referencePixels * axis.pointsPerPixel};
 }
+
+/// One piece: its device pixels, which end of each axis the reference is placed for, and whether
+/// it repeats one line along an axis (the middle of a side) or is drawn whole (a corner).
+struct Piece {
+    QRect device;
+    int endAcross, endDown;
+    bool flatAcross, flatDown;
+};
 
 } // namespace
 
 void paintRoundedShadow(QPainter& painter, PaintCache* cache, const QRectF& rect, double cornerRadius,
-                        const QColor& color, double radius, QPointF offset)
+                        const QColor& color, double radius, QPointF offset, const QRectF& hiddenBy)
 {
     QPainterPath whole;
     whole.addRoundedRect(rect, cornerRadius, cornerRadius);
     const QTransform toDevice = painter.deviceTransform();
-    // Pieces are laid in device pixels; a turned or mirrored painter gets the whole blur.
+    // Pieces meet at device pixels; a turned or mirrored painter gets the whole blur.
     if (color.alpha() == 0 || radius <= 0 || toDevice.type() > QTransform::TxScale || toDevice.m11() <= 0
         || toDevice.m22() <= 0) {
         paintShadow(painter, cache, whole, color, radius, offset);
@@ -95,20 +100,59 @@ void paintRoundedShadow(QPainter& painter, PaintCache* cache, const QRectF& rect
     QPainterPath referenceShape;
     referenceShape.addRoundedRect(QRectF(0, 0, across->length, down->length), cornerRadius, cornerRadius);
     const QImage reference = shadowImage(cache, referenceShape, color, radius, scale);
-    const auto columns = spans(*across, reference.width(), layerScale, margin);
-    const auto rows = spans(*down, reference.height(), layerScale, margin);
 
-    painter.save();
-    painter.setWorldTransform(toDevice.inverted() * painter.worldTransform());
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    for (const Span& row : rows) {
-        for (const Span& column : columns) {
-            painter.drawImage(QRectF(QPointF(column.deviceFrom, row.deviceFrom), QPointF(column.deviceTo, row.deviceTo)),
-                              reference,
-                              QRectF(QPointF(column.sourceFrom, row.sourceFrom), QPointF(column.sourceTo, row.sourceTo)));
+    // Each piece draws the reference exactly as paintShadow draws its whole image (same painter
+    // transform, same smoothing), so their pixels agree; a piece only chooses where.
+    const auto drawReference = [&](QPainter& p, int endAcross, int endDown) {
+        const auto [x, width] = placed(*across, endAcross, reference.width());
+        const auto [y, height] = placed(*down, endDown, reference.height());
+        p.setRenderHint(QPainter::SmoothPixmapTransform);
+        p.drawImage(QRectF(x, y, width, height), reference);
+    };
+    const auto spansOf = [](const Axis& axis) {
+        return std::array<std::tuple<int, int, int, bool>, 3>{{{axis.outerNear, axis.nearSeam, 0, false},
+                                                               {axis.nearSeam, axis.farSeam, 0, true},
+                                                               {axis.farSeam, axis.outerFar, 1, false}}};
+    };
+    const QTransform world = painter.worldTransform();
+    const QTransform worldToDevice = world.inverted() * toDevice;
+    // The whole device pixels that opaque paint will cover (those its smoothed edge cuts excepted).
+    const QRectF hiddenPixels = toDevice.mapRect(hiddenBy);
+    const QRect hidden(QPoint(int(std::ceil(hiddenPixels.left())) + 1, int(std::ceil(hiddenPixels.top())) + 1),
+                       QPoint(int(std::floor(hiddenPixels.right())) - 2, int(std::floor(hiddenPixels.bottom())) - 2));
+    for (const auto& [top, bottom, endDown, flatDown] : spansOf(*down)) {
+        for (const auto& [left, right, endAcross, flatAcross] : spansOf(*across)) {
+            const QRect piece(QPoint(left, top), QPoint(right - 1, bottom - 1));
+            painter.save();
+            painter.setWorldTransform(worldToDevice.inverted()); // device pixels
+            if (!flatAcross && !flatDown) {
+                // A corner: the reference itself, cut at the seams.
+                painter.setClipRect(piece, Qt::IntersectClip);
+                painter.setWorldTransform(world);
+                drawReference(painter, endAcross, endDown);
+            } else {
+                // Along a side: one line of pixels (one pixel in the middle) as the reference shows
+                // it there, repeated without smoothing, since a smooth stretch of the reference over
+                // a plate's length costs more than the blur the pieces save.
+                const QPoint origin(flatAcross ? across->line : left, flatDown ? down->line : top);
+                QImage line(flatAcross ? 1 : piece.width(), flatDown ? 1 : piece.height(), QImage::Format_ARGB32_Premultiplied);
+                line.fill(Qt::transparent);
+                QPainter p(&line);
+                p.setRenderHints(painter.renderHints());
+                p.setCompositionMode(QPainter::CompositionMode_Source);
+                p.setWorldTransform(toDevice * QTransform::fromTranslate(-origin.x(), -origin.y()));
+                drawReference(p, endAcross, endDown);
+                p.end();
+                painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+                // Laying a plate's flat middle costs as much as the whole blur did; it is skipped
+                // where the caller covers it anyway.
+                const QRegion shown = flatAcross && flatDown && !hidden.isEmpty() ? QRegion(piece).subtracted(hidden) : QRegion(piece);
+                for (const QRect& part : shown)
+                    painter.drawImage(part, line);
+            }
+            painter.restore();
         }
     }
-    painter.restore();
 }
 
 void paintRoundedHardShadow(QPainter& painter, PaintCache* cache, const QRectF& rect, double cornerRadius,

@@ -94,11 +94,13 @@ TEST(RoundedShadow, PiecesGiveTheSamePictureAsTheWholeBlur)
         QRectF rect;
         double corner, blur, scale;
         QPointF offset;
+        bool filledOver; ///< an opaque plate is painted over the shadow, which may skip its middle
     } cases[] = {
-        {"a plate at 1x", {20.3, 14.6, 300, 120}, 9, 6, 1, {-8, 10}},
-        {"a plate at 2x", {20.3, 14.6, 300, 120}, 9, 6, 2, {-7, 8}},
-        {"a narrow readout at 1.25x", {16, 12, 90.4, 31.7}, 4, 1.05, 1.25, {-3, 3.3}},
-        {"a soft glow at 2x", {30, 30, 160, 100}, 14, 8, 2, {0, 0}},
+        {"a plate at 1x", {20.3, 14.6, 300, 120}, 9, 6, 1, {-8, 10}, false},
+        {"a plate at 2x, under its opaque fill", {20.3, 14.6, 300, 120}, 9, 6, 2, {-7, 8}, true},
+        {"a plate on the stage at 0.8", {30.37, 20.61, 700, 160}, 4, 5, 0.8, {-7, 8}, true},
+        {"a narrow readout at 1.25x", {16, 12, 90.4, 31.7}, 4, 1.05, 1.25, {-3, 3.3}, false},
+        {"a soft glow at 2x", {30, 30, 160, 100}, 14, 8, 2, {0, 0}, false},
     };
     PaintCache cache;
     for (const auto& c : cases) {
@@ -108,16 +110,19 @@ TEST(RoundedShadow, PiecesGiveTheSamePictureAsTheWholeBlur)
             QImage image(size, QImage::Format_ARGB32_Premultiplied);
             image.fill(Qt::transparent);
             QPainter p(&image);
+            p.setRenderHint(QPainter::Antialiasing); // as the stage paints: edges cut pixels
             p.scale(c.scale, c.scale);
             p.translate(10, 0);
             const QColor color = QColor::fromRgbF(0.1f, 0.2f, 0.9f, 0.8f);
-            if (pieces) {
-                paintRoundedShadow(p, &cache, c.rect, c.corner, color, c.blur, c.offset);
-            } else {
-                QPainterPath shape;
-                shape.addRoundedRect(c.rect, c.corner, c.corner);
+            QPainterPath shape;
+            shape.addRoundedRect(c.rect, c.corner, c.corner);
+            const QRectF filled = c.filledOver ? c.rect.adjusted(c.corner, c.corner, -c.corner, -c.corner) : QRectF();
+            if (pieces)
+                paintRoundedShadow(p, &cache, c.rect, c.corner, color, c.blur, c.offset, filled);
+            else
                 paintShadow(p, nullptr, shape, color, c.blur, c.offset);
-            }
+            if (c.filledOver)
+                p.fillPath(shape, QColor(90, 100, 120));
             return image;
         };
         const QImage whole = paint(false), sliced = paint(true);
@@ -130,7 +135,7 @@ TEST(RoundedShadow, PiecesGiveTheSamePictureAsTheWholeBlur)
                                   std::abs(qBlue(a) - qBlue(b)), std::abs(qAlpha(a) - qAlpha(b))});
             }
         }
-        EXPECT_LE(worst, 2);
+        EXPECT_LE(worst, 1); // both lay the same samples; one level of rounding
     }
 }
 
