@@ -24,12 +24,15 @@ struct Axis {
     double boundStart;    ///< where the whole image starts, in points
     double pointsPerPixel; ///< points per whole pixel
     int shift;            ///< whole pixels between the reference's far end and the whole one's
-    int outerNear, nearSeam, farSeam, outerFar; ///< device pixels: the pieces' edges
     int line;             ///< a device pixel inside the stretch where every line is the same
+    /// The three pieces in device order: first and last device pixel (exclusive), which end of
+    /// the axis the reference is placed for, and whether the piece repeats one line.
+    std::array<std::tuple<int, int, int, bool>, 3> pieces;
 };
 
 /// A straight side's profile is the same everywhere once clear of the corner's curve, plus what
-/// the blur spreads and a pixel for the smoothing that reads the neighbours.
+/// the blur spreads and a pixel for the smoothing that reads the neighbours. `scale` is negative
+/// along a mirrored axis (a reflection), which lays the far end first.
 std::optional<Axis> sliceAxis(double start, double length, double scale, double translation, double corner,
                               double margin, double layerScale, int reach)
 {
@@ -45,12 +48,23 @@ std::optional<Axis> sliceAxis(double start, double length, double scale, double 
     axis.pointsPerPixel = (length + 2 * margin) / wholePixels;
     const double deviceStart = scale * axis.boundStart + translation;
     const double step = scale * axis.pointsPerPixel; // device pixels per whole pixel
-    axis.outerNear = int(std::floor(deviceStart)) - 1;
-    axis.nearSeam = int(std::ceil(deviceStart + (margin * layerScale + clear) * step));
-    axis.farSeam = int(std::floor(deviceStart + ((margin + length) * layerScale - clear) * step));
-    axis.outerFar = int(std::ceil(deviceStart + wholePixels * step)) + 1;
+    const double nearEdge = deviceStart, farEdge = deviceStart + wholePixels * step;
+    const double nearClear = deviceStart + (margin * layerScale + clear) * step;
+    const double farClear = deviceStart + ((margin + length) * layerScale - clear) * step;
     axis.line = int(std::floor(deviceStart + (margin + axis.length / 2) * layerScale * step));
-    if (axis.nearSeam >= axis.farSeam)
+    // Seams are rounded into the stretch where every line is the same.
+    if (step > 0) {
+        const int nearSeam = int(std::ceil(nearClear)), farSeam = int(std::floor(farClear));
+        axis.pieces = {{{int(std::floor(nearEdge)) - 1, nearSeam, 0, false},
+                        {nearSeam, farSeam, 0, true},
+                        {farSeam, int(std::ceil(farEdge)) + 1, 1, false}}};
+    } else {
+        const int farSeam = int(std::ceil(farClear)), nearSeam = int(std::floor(nearClear));
+        axis.pieces = {{{int(std::floor(farEdge)) - 1, farSeam, 1, false},
+                        {farSeam, nearSeam, 0, true},
+                        {nearSeam, int(std::ceil(nearEdge)) + 1, 0, false}}};
+    }
+    if (std::get<0>(axis.pieces[1]) >= std::get<1>(axis.pieces[1]))
         return std::nullopt;
     return axis;
 }
@@ -61,14 +75,6 @@ std::pair<double, double> placed(const Axis& axis, int end, int referencePixels)
     return {axis.boundStart + end * axis.shift * axis.pointsPerPixel, referencePixels * axis.pointsPerPixel};
 }
 
-/// One piece: its device pixels, which end of each axis the reference is placed for, and whether
-/// it repeats one line along an axis (the middle of a side) or is drawn whole (a corner).
-struct Piece {
-    QRect device;
-    int endAcross, endDown;
-    bool flatAcross, flatDown;
-};
-
 } // namespace
 
 void paintRoundedShadow(QPainter& painter, PaintCache* cache, const QRectF& rect, double cornerRadius,
@@ -77,9 +83,8 @@ void paintRoundedShadow(QPainter& painter, PaintCache* cache, const QRectF& rect
     QPainterPath whole;
     whole.addRoundedRect(rect, cornerRadius, cornerRadius);
     const QTransform toDevice = painter.deviceTransform();
-    // Pieces meet at device pixels; a turned or mirrored painter gets the whole blur.
-    if (color.alpha() == 0 || radius <= 0 || toDevice.type() > QTransform::TxScale || toDevice.m11() <= 0
-        || toDevice.m22() <= 0) {
+    // Pieces meet at device pixels; a turned painter gets the whole blur.
+    if (color.alpha() == 0 || radius <= 0 || toDevice.type() > QTransform::TxScale) {
         paintShadow(painter, cache, whole, color, radius, offset);
         return;
     }
@@ -109,19 +114,14 @@ void paintRoundedShadow(QPainter& painter, PaintCache* cache, const QRectF& rect
         p.setRenderHint(QPainter::SmoothPixmapTransform);
         p.drawImage(QRectF(x, y, width, height), reference);
     };
-    const auto spansOf = [](const Axis& axis) {
-        return std::array<std::tuple<int, int, int, bool>, 3>{{{axis.outerNear, axis.nearSeam, 0, false},
-                                                               {axis.nearSeam, axis.farSeam, 0, true},
-                                                               {axis.farSeam, axis.outerFar, 1, false}}};
-    };
     const QTransform world = painter.worldTransform();
     const QTransform worldToDevice = world.inverted() * toDevice;
     // The whole device pixels that opaque paint will cover (those its smoothed edge cuts excepted).
     const QRectF hiddenPixels = toDevice.mapRect(hiddenBy);
     const QRect hidden(QPoint(int(std::ceil(hiddenPixels.left())) + 1, int(std::ceil(hiddenPixels.top())) + 1),
                        QPoint(int(std::floor(hiddenPixels.right())) - 2, int(std::floor(hiddenPixels.bottom())) - 2));
-    for (const auto& [top, bottom, endDown, flatDown] : spansOf(*down)) {
-        for (const auto& [left, right, endAcross, flatAcross] : spansOf(*across)) {
+    for (const auto& [top, bottom, endDown, flatDown] : down->pieces) {
+        for (const auto& [left, right, endAcross, flatAcross] : across->pieces) {
             const QRect piece(QPoint(left, top), QPoint(right - 1, bottom - 1));
             painter.save();
             painter.setWorldTransform(worldToDevice.inverted()); // device pixels
@@ -133,22 +133,25 @@ void paintRoundedShadow(QPainter& painter, PaintCache* cache, const QRectF& rect
             } else {
                 // Along a side: one line of pixels (one pixel in the middle) as the reference shows
                 // it there, repeated without smoothing, since a smooth stretch of the reference over
-                // a plate's length costs more than the blur the pieces save.
-                const QPoint origin(flatAcross ? across->line : left, flatDown ? down->line : top);
-                QImage line(flatAcross ? 1 : piece.width(), flatDown ? 1 : piece.height(), QImage::Format_ARGB32_Premultiplied);
-                line.fill(Qt::transparent);
-                QPainter p(&line);
-                p.setRenderHints(painter.renderHints());
-                p.setCompositionMode(QPainter::CompositionMode_Source);
-                p.setWorldTransform(toDevice * QTransform::fromTranslate(-origin.x(), -origin.y()));
-                drawReference(p, endAcross, endDown);
-                p.end();
-                painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
-                // Laying a plate's flat middle costs as much as the whole blur did; it is skipped
-                // where the caller covers it anyway.
-                const QRegion shown = flatAcross && flatDown && !hidden.isEmpty() ? QRegion(piece).subtracted(hidden) : QRegion(piece);
-                for (const QRect& part : shown)
-                    painter.drawImage(part, line);
+                // a plate's length costs more than the blur the pieces save. Laying a plate's flat
+                // middle costs as much again; it is skipped where the caller covers it anyway.
+                const QRegion shown = flatAcross && flatDown && !hidden.isEmpty() ? QRegion(piece).subtracted(hidden)
+                                                                                  : QRegion(piece);
+                if (!shown.isEmpty()) {
+                    const QPoint origin(flatAcross ? across->line : left, flatDown ? down->line : top);
+                    QImage line(flatAcross ? 1 : piece.width(), flatDown ? 1 : piece.height(),
+                                QImage::Format_ARGB32_Premultiplied);
+                    line.fill(Qt::transparent);
+                    QPainter p(&line);
+                    p.setRenderHints(painter.renderHints());
+                    p.setCompositionMode(QPainter::CompositionMode_Source);
+                    p.setWorldTransform(toDevice * QTransform::fromTranslate(-origin.x(), -origin.y()));
+                    drawReference(p, endAcross, endDown);
+                    p.end();
+                    painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+                    for (const QRect& part : shown)
+                        painter.drawImage(part, line);
+                }
             }
             painter.restore();
         }
