@@ -1,15 +1,17 @@
-// The cost of painting each control and a 1440 x 260 plate's texture, cold (nothing cached) and
-// cached, at 1x and 2x.
+// The cost of painting each control and a 1440 x 260 plate's texture and shadow, cold (nothing
+// cached) and cached, at 1x and 2x.
 #include "Blur.h"
 #include "BrushedTexture.h"
 #include "Controls.h"
 #include "GainDisplay.h"
 #include "HardLight.h"
 #include "PaintCache.h"
+#include "RoundedShadow.h"
 #include "Theme.h"
 
 #include <QGuiApplication>
 #include <QPainter>
+#include <QPainterPath>
 #include <benchmark/benchmark.h>
 
 using namespace orvan::render;
@@ -65,6 +67,30 @@ void reflectionBlur(benchmark::State& s)
     for (auto _ : s)
         benchmark::DoNotOptimize(blurred(strip, 0.7 * dpr));
 }
+// A plate's drop shadow: the whole outline blurred (as before), from nine pieces made afresh (the
+// first frame), and from pieces already kept (the reflections' copies, a later ratio change back);
+// the pieces skip the middle the plate covers.
+const QRectF kPlate(20, 20, 1440, 260);
+const QColor kPlateShadow = QColor::fromRgbF(0, 0, 0, 0.8f);
+void plateShadowWhole(benchmark::State& s)
+{
+    QPainterPath outline;
+    outline.addRoundedRect(kPlate, 9, 9);
+    paintLoop(s, {1480, 300}, [&](QPainter& p) { paintShadow(p, nullptr, outline, kPlateShadow, 6, {-8, 10}); });
+}
+void plateShadowPieces(benchmark::State& s)
+{
+    paintLoop(s, {1480, 300}, [](QPainter& p) {
+        PaintCache fresh;
+        paintRoundedShadow(p, &fresh, kPlate, 9, kPlateShadow, 6, {-8, 10}, kPlate.adjusted(9, 9, -9, -9));
+    });
+}
+void plateShadowPiecesKept(benchmark::State& s)
+{
+    paintLoop(s, {1480, 300}, [](QPainter& p) {
+        paintRoundedShadow(p, &cache, kPlate, 9, kPlateShadow, 6, {-8, 10}, kPlate.adjusted(9, 9, -9, -9));
+    });
+}
 void plateHardLight(benchmark::State& s) { paintLoop(s, {1440, 260}, [](QPainter& p) { paintHardLight(p, {0, 0, 1440, 260}); }); }
 
 BENCHMARK(glossButton)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
@@ -75,6 +101,9 @@ BENCHMARK(readout)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
 BENCHMARK(plateTextureCold)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(plateTextureCached)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(reflectionBlur)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(plateShadowWhole)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(plateShadowPieces)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(plateShadowPiecesKept)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(plateHardLight)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
 } // namespace

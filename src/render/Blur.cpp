@@ -111,13 +111,29 @@ int passesFor(double radius)
     return radius < 2 ? 1 : 3; // below two pixels one box is as good as three
 }
 
+} // namespace
+
 double deviceScale(const QPainter& painter)
 {
     const QTransform t = painter.deviceTransform();
     return std::sqrt(std::abs(t.m11() * t.m22() - t.m12() * t.m21()));
 }
 
-} // namespace
+double shadowLayerScale(double radius, double scale)
+{
+    // A wide blur loses nothing when computed on a coarser grid and scaled back up: keep the
+    // radius near 4 pixels of the layer, which makes large glows cheap.
+    constexpr double kLayerRadius = 4;
+    return std::min(scale, kLayerRadius / radius);
+}
+
+int blurReach(double radius)
+{
+    if (radius < 0.5)
+        return 0;
+    const int passes = passesFor(radius);
+    return passes * boxHalfWidth(radius, passes);
+}
 
 QImage blurred(const QImage& image, double radius)
 {
@@ -133,6 +149,8 @@ QImage blurred(const QImage& image, double radius)
     }
     return out;
 }
+
+namespace {
 
 /// The blurred image of a shape depends only on the shape's outline (not where it stands), its
 /// colour, the radius and the device scale: the panels' many identical lamps, buttons and screws
@@ -155,14 +173,11 @@ QByteArray shadowKey(const QPainterPath& shape, const QColor& color, double radi
     return key;
 }
 
-QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius, double scale)
+QImage makeShadowImage(const QPainterPath& shape, const QColor& color, double radius, double scale)
 {
     const QRectF shapeBounds = shape.boundingRect();
-    // A wide blur loses nothing when computed on a coarser grid and scaled back up: keep the
-    // radius near 4 pixels of the layer, which makes large glows cheap.
-    constexpr double kLayerRadius = 4;
-    const double layerScale = std::min(scale, kLayerRadius / radius);
-    const double margin = radius * 3;
+    const double layerScale = shadowLayerScale(radius, scale);
+    const double margin = radius * kShadowReach;
     const QRectF bounds(-margin, -margin, shapeBounds.width() + 2 * margin, shapeBounds.height() + 2 * margin);
     const QSize pixels(std::max(1, int(std::ceil(bounds.width() * layerScale))),
                        std::max(1, int(std::ceil(bounds.height() * layerScale))));
@@ -186,6 +201,14 @@ QImage shadowImage(const QPainterPath& shape, const QColor& color, double radius
     return soft;
 }
 
+} // namespace
+
+QImage shadowImage(PaintCache* cache, const QPainterPath& shape, const QColor& color, double radius, double scale)
+{
+    const auto make = [&] { return makeShadowImage(shape, color, radius, scale); };
+    return cache ? cache->shadow(shadowKey(shape, color, radius, scale), make) : make();
+}
+
 void paintShadow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, const QColor& color, double radius, QPointF offset)
 {
     if (color.alpha() == 0)
@@ -194,10 +217,8 @@ void paintShadow(QPainter& painter, PaintCache* cache, const QPainterPath& shape
         painter.fillPath(shape.translated(offset), color);
         return;
     }
-    const double scale = deviceScale(painter);
-    const auto make = [&] { return shadowImage(shape, color, radius, scale); };
-    const QImage soft = cache ? cache->shadow(shadowKey(shape, color, radius, scale), make) : make();
-    const double margin = radius * 3;
+    const QImage soft = shadowImage(cache, shape, color, radius, deviceScale(painter));
+    const double margin = radius * kShadowReach;
     const QRectF shapeBounds = shape.boundingRect();
     const QRectF target(shapeBounds.topLeft() + offset - QPointF(margin, margin),
                         shapeBounds.size() + QSizeF(2 * margin, 2 * margin));

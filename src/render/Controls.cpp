@@ -1,5 +1,6 @@
 #include "Controls.h"
 
+#include "RoundedShadow.h"
 #include "Theme.h"
 
 #include <QConicalGradient>
@@ -103,7 +104,7 @@ void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, 
     bezelPath.addRoundedRect(bezel, r + 2, r + 2);
     const QPainterPath facePath = glossButtonOutline(face);
 
-    paintHardShadow(painter, cache, bezelPath, 3, 0.75);
+    paintRoundedHardShadow(painter, cache, bezel, r + 2, 3, 0.75);
     painter.fillPath(bezelPath, Qt::black);
 
     QLinearGradient fill(face.topRight(), face.bottomLeft());
@@ -121,11 +122,9 @@ void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, 
 
     const QSizeF gloss(0.34 * face.width(), std::max(0.1 * face.height(), 2.0));
     const QPointF glossCentre = face.center() + QPointF(0.2 * face.width(), -0.3 * face.height());
-    QPainterPath glossPath;
-    glossPath.addRoundedRect(QRectF(glossCentre.x() - gloss.width() / 2, glossCentre.y() - gloss.height() / 2,
-                                    gloss.width(), gloss.height()),
-                             gloss.height() / 2, gloss.height() / 2);
-    paintGlow(painter, cache, glossPath, Qt::white, 0.6, 0.5);
+    const QRectF glossRect(glossCentre.x() - gloss.width() / 2, glossCentre.y() - gloss.height() / 2, gloss.width(),
+                           gloss.height());
+    paintRoundedGlow(painter, cache, glossRect, gloss.height() / 2, Qt::white, 0.6, 0.5);
 
     // The lit ring lies on top of everything, just inside the face's edge, and glows both ways.
     if (lit) {

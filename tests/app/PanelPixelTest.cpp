@@ -10,7 +10,6 @@
 #include "panels/DunraPanelItem.h"
 #include "panels/MelkoPanelItem.h"
 #include "panels/OrvanPanelItem.h"
-#include "panels/PlatePainting.h"
 #include "stage/DemoPillItem.h"
 #include "stage/StageGeometry.h"
 #include "StaticLayerCache.h"
@@ -232,24 +231,6 @@ TEST(WindowPixels, TheDunraJackLabelsStandCentredOnTheirPoint)
     }
     ASSERT_LT(left, right);
     EXPECT_NEAR((left + right) / 2, labels.x(), 1.5);
-}
-
-TEST(ScriptName, EachShadowLiesOneOffsetFurtherOut)
-{
-    const auto darkPixels = [](int shadows) {
-        QImage image(200, 80, QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::white);
-        QPainter painter(&image);
-        painter.scale(2, 2);
-        PlatePainting::paintScriptName(painter, QPointF(50, 20), QStringLiteral("Orvan"), 40, shadows);
-        painter.end();
-        int dark = 0;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                dark += qRed(image.pixel(x, y)) < 40;
-        return dark;
-    };
-    EXPECT_GT(darkPixels(2), darkPixels(1) * 1.5) << "the second shadow shows beside the first";
 }
 
 namespace {

@@ -1,6 +1,11 @@
+#include "Blur.h"
 #include "Controls.h"
+#include "PaintCache.h"
+#include "PlatePainting.h"
+#include "RoundedShadow.h"
 
 #include <QPainter>
+#include <QPainterPath>
 #include <gtest/gtest.h>
 
 using namespace orvan::render;
@@ -77,4 +82,82 @@ TEST(PowerButton, ItsRingIsGreenWhenConnectedAndRedOtherwise)
     const auto missing = paintAt(QSize(80, 80), [&](QPainter& p) { paintPowerButton(p, nullptr, QPointF(40, 40), false); });
     EXPECT_GT(qGreen(at(connected, onRing)), qRed(at(connected, onRing)));
     EXPECT_GT(qRed(at(missing, onRing)), qGreen(at(missing, onRing)));
+}
+
+// A rounded rectangle's shadow laid from nine pieces must be the picture the whole-shape blur
+// gives, at plate and control sizes, at device scales 1, 2 and a fractional one, and wherever
+// the pieces' seams fall between device pixels; pieces from the wrong place are off by tens.
+TEST(RoundedShadow, PiecesGiveTheSamePictureAsTheWholeBlur)
+{
+    const struct {
+        const char* name;
+        QRectF rect;
+        double corner, blur, scale;
+        QPointF offset;
+        bool filledOver; ///< an opaque plate is painted over the shadow, which may skip its middle
+    } cases[] = {
+        {"a plate at 1x", {20.3, 14.6, 300, 120}, 9, 6, 1, {-8, 10}, false},
+        {"a plate at 2x, under its opaque fill", {20.3, 14.6, 300, 120}, 9, 6, 2, {-7, 8}, true},
+        {"a plate on the stage at 0.8", {30.37, 20.61, 700, 160}, 4, 5, 0.8, {-7, 8}, true},
+        {"a narrow readout at 1.25x", {16, 12, 90.4, 31.7}, 4, 1.05, 1.25, {-3, 3.3}, false},
+        {"a soft glow at 2x", {30, 30, 160, 100}, 14, 8, 2, {0, 0}, false},
+        {"a plate upside down, as its reflection paints it", {30.37, 20.61, 700, 160}, 4, 5, -0.8, {-7, 8}, true},
+    };
+    PaintCache cache;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto paint = [&](bool pieces) {
+            const double scale = std::abs(c.scale);
+            const QSize size = (c.rect.size() + QSizeF(60, 60)).toSize() * scale;
+            QImage image(size, QImage::Format_ARGB32_Premultiplied);
+            image.fill(Qt::transparent);
+            QPainter p(&image);
+            p.setRenderHint(QPainter::Antialiasing); // as the stage paints: edges cut pixels
+            if (c.scale < 0) // mirrored top to bottom
+                p.translate(0, size.height());
+            p.scale(scale, c.scale);
+            p.translate(10, 0);
+            const QColor color = QColor::fromRgbF(0.1f, 0.2f, 0.9f, 0.8f);
+            QPainterPath shape;
+            shape.addRoundedRect(c.rect, c.corner, c.corner);
+            const QRectF filled = c.filledOver ? c.rect.adjusted(c.corner, c.corner, -c.corner, -c.corner) : QRectF();
+            if (pieces)
+                paintRoundedShadow(p, &cache, c.rect, c.corner, color, c.blur, c.offset, filled);
+            else
+                paintShadow(p, nullptr, shape, color, c.blur, c.offset);
+            if (c.filledOver)
+                p.fillPath(shape, QColor(90, 100, 120));
+            return image;
+        };
+        const QImage whole = paint(false), sliced = paint(true);
+        int worst = 0, strongest = 0;
+        for (int y = 0; y < whole.height(); ++y) {
+            for (int x = 0; x < whole.width(); ++x) {
+                const QRgb a = whole.pixel(x, y), b = sliced.pixel(x, y);
+                strongest = std::max(strongest, qAlpha(a));
+                worst = std::max({worst, std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
+                                  std::abs(qBlue(a) - qBlue(b)), std::abs(qAlpha(a) - qAlpha(b))});
+            }
+        }
+        ASSERT_GT(strongest, 150) << "a shadow was painted";
+        EXPECT_LE(worst, 1); // both lay the same samples; one level of rounding
+    }
+}
+
+TEST(ScriptName, EachShadowLiesOneOffsetFurtherOut)
+{
+    const auto darkPixels = [](int shadows) {
+        QImage image(200, 80, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.scale(2, 2);
+        paintScriptName(painter, QPointF(50, 20), QStringLiteral("Orvan"), 40, shadows);
+        painter.end();
+        int dark = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                dark += qRed(image.pixel(x, y)) < 40;
+        return dark;
+    };
+    EXPECT_GT(darkPixels(2), darkPixels(1) * 1.5) << "the second shadow shows beside the first";
 }

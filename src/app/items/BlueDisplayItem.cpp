@@ -1,6 +1,7 @@
 #include "BlueDisplayItem.h"
 
 #include "Controls.h"
+#include "RoundedShadow.h"
 #include "Theme.h"
 #include "panels/PaintingScene.h"
 
@@ -54,22 +55,23 @@ void BlueDisplayItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, 
     QPainterPath panePath;
     panePath.addRoundedRect(pane, m_look.paneRadius, m_look.paneRadius);
 
-    render::paintHardShadow(*painter, PaintingScene::cacheOf(*this), bezelPath, m_look.shadowDepth, 0.75);
+    render::PaintCache* cache = PaintingScene::cacheOf(*this);
+    render::paintRoundedHardShadow(*painter, cache, bezel, m_look.bezelRadius, m_look.shadowDepth, 0.75);
     if (m_look.blueGlow)
-        render::paintGlow(*painter, PaintingScene::cacheOf(*this), bezelPath, render::Theme::blueLit(), 0.4, 8);
+        render::paintRoundedGlow(*painter, cache, bezel, m_look.bezelRadius, render::Theme::blueLit(), 0.4, 8);
     painter->fillPath(bezelPath, Qt::black);
     QLinearGradient blue(pane.topLeft(), pane.bottomLeft());
     blue.setColorAt(0, kPaneTop);
     blue.setColorAt(1, kPaneBottom);
     painter->fillPath(panePath, blue);
 
-    const LetteringStyle text =
-        LetteringStyle::of(m_look.fontSize, QFont::Medium, 0, QColor::fromRgbF(kTextGrey, kTextGrey, kTextGrey)).inMonospace();
+    const render::LetteringStyle text =
+        render::LetteringStyle::of(m_look.fontSize, QFont::Medium, 0, QColor::fromRgbF(kTextGrey, kTextGrey, kTextGrey)).inMonospace();
     const double lineHeight = m_look.fontSize * 1.25;
     const double top = -lineHeight * m_lines.size() / 2;
     for (int i = 0; i < m_lines.size(); ++i) {
         const QRectF box(-m_look.textBoxWidth / 2, top + i * lineHeight, m_look.textBoxWidth, lineHeight);
-        drawLettering(*painter, box, Qt::AlignLeft | Qt::AlignVCenter, m_lines[i], text);
+        render::drawLettering(*painter, box, Qt::AlignLeft | Qt::AlignVCenter, m_lines[i], text);
     }
 
     if (m_look.glassHighlight) {

@@ -20,7 +20,7 @@ void GlossButtonItem::setLit(std::function<bool()> isLit)
     refresh();
 }
 
-void GlossButtonItem::setCaption(QString caption, LetteringStyle style)
+void GlossButtonItem::setCaption(QString caption, render::LetteringStyle style)
 {
     m_caption = std::move(caption);
     m_captionStyle = style;
@@ -51,7 +51,7 @@ void GlossButtonItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, 
         render::paintGlossButton(press.painter(), PaintingScene::cacheOf(*this), face, m_lit);
     }
     if (!m_caption.isEmpty())
-        drawLettering(*painter, face, Qt::AlignCenter, m_caption, m_captionStyle);
+        render::drawLettering(*painter, face, Qt::AlignCenter, m_caption, m_captionStyle);
 }
 
 } // namespace orvan

@@ -18,7 +18,7 @@ public:
     static constexpr double kBezel = 5;
 
     void setLit(std::function<bool()> isLit);
-    void setCaption(QString caption, LetteringStyle style);
+    void setCaption(QString caption, render::LetteringStyle style);
     bool isLit() const { return m_lit; }
     QRectF buttonFace() const { return faceRect().adjusted(kBezel / 2, kBezel / 2, -kBezel / 2, -kBezel / 2); }
 
@@ -32,7 +32,7 @@ private:
     std::function<bool()> m_isLit;
     bool m_lit = false;
     QString m_caption;
-    LetteringStyle m_captionStyle;
+    render::LetteringStyle m_captionStyle;
 };
 
 } // namespace orvan

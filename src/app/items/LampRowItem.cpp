@@ -24,7 +24,7 @@ LampRowItem::LampRowItem(Look look, QString label, std::function<bool()> isOn, s
 
 double LampRowItem::labelWidth() const
 {
-    return m_look.labelWidth == kFitLabel ? letteringWidth(m_label, m_look.labelStyle) + 1 : m_look.labelWidth;
+    return m_look.labelWidth == kFitLabel ? render::letteringWidth(m_label, m_look.labelStyle) + 1 : m_look.labelWidth;
 }
 
 QSizeF LampRowItem::rowSize(const Look& look, double labelWidth)
@@ -56,7 +56,7 @@ void LampRowItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
     if (m_look.labelWidth != 0) { // the label's box is what the row holds beside the lamp, measured once
         const double left = row.left() + m_look.lampSize + m_look.gap;
         const QRectF box(left, row.top(), row.right() - left, row.height());
-        drawLettering(*painter, box, Qt::AlignLeft | Qt::AlignVCenter, m_label, m_look.labelStyle);
+        render::drawLettering(*painter, box, Qt::AlignLeft | Qt::AlignVCenter, m_label, m_look.labelStyle);
     }
 }
 

@@ -16,7 +16,7 @@ public:
         double gap;          ///< between lamp and label
         double labelWidth;   ///< the label's box; 0 for a lamp without label, kFitLabel for the label's own width
         QColor color;
-        LetteringStyle labelStyle;
+        render::LetteringStyle labelStyle;
     };
 
     /// A label box as wide as the label itself (plus a point), measured when first needed.

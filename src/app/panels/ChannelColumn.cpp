@@ -48,7 +48,7 @@ const QList<Row>& rowTable()
 LampRowItem::Look rowLook(const QColor& color)
 {
     return {.lampSize = 10, .gap = 5, .labelWidth = 46, .color = color,
-            .labelStyle = PlatePainting::engraved(9, QFont::DemiBold, 0.5)};
+            .labelStyle = render::engraved(9, QFont::DemiBold, 0.5)};
 }
 
 } // namespace
@@ -110,12 +110,12 @@ void ChannelColumn::paintStatic(QPainter& painter, render::PaintCache* cache, do
     for (int i = 0; i < 3; ++i)
         render::paintLED(painter, cache, QPointF(left + lampSize / 2 + i * (lampSize + lampSpacing), kHeadroomY), lampSize,
                          false, LampColors::green);
-    drawLettering(painter, QRectF(left + lampsWidth + gap, kHeadroomY - 6, labelWidth, 12),
+    render::drawLettering(painter, QRectF(left + lampsWidth + gap, kHeadroomY - 6, labelWidth, 12),
                   Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("HEAD ROOM"),
-                  PlatePainting::engraved(7, QFont::DemiBold, 0.3));
+                  render::engraved(7, QFont::DemiBold, 0.3));
 
-    drawLetteringCentred(painter, QPointF(centreX, kSelectLetteringY), QStringLiteral("SELECT"),
-                         PlatePainting::engraved(8.5, QFont::DemiBold, 0.9));
+    render::drawLetteringCentred(painter, QPointF(centreX, kSelectLetteringY), QStringLiteral("SELECT"),
+                         render::engraved(8.5, QFont::DemiBold, 0.9));
 }
 
 } // namespace orvan

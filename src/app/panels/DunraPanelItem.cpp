@@ -23,7 +23,7 @@
 
 namespace orvan {
 
-using PlatePainting::engraved;
+using render::engraved;
 
 namespace {
 
@@ -73,9 +73,9 @@ const std::array<Cell, 5>& cells()
     return table;
 }
 
-const PlatePainting::PlateLook& plateLook()
+const render::PlateLook& plateLook()
 {
-    static const PlatePainting::PlateLook look{
+    static const render::PlateLook look{
         .cornerRadius = 4,
         .gradient = {QColor::fromRgbF(0.22f, 0.23f, 0.26f), QColor::fromRgbF(0.09f, 0.095f, 0.11f),
                      QColor::fromRgbF(0.025f, 0.027f, 0.035f)},
@@ -95,7 +95,7 @@ const PlatePainting::PlateLook& plateLook()
     return look;
 }
 
-LetteringStyle cellLabelStyle()
+render::LetteringStyle cellLabelStyle()
 {
     return engraved(8, QFont::DemiBold, 0.4);
 }
@@ -183,56 +183,56 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
 void DunraPanelItem::paintPlate(QPainter& painter) const
 {
     const QRectF plate(QPointF(0, 0), plateSize());
-    PlatePainting::paintPlate(painter, PaintingScene::cacheOf(*this), plate, plateLook());
+    render::paintPlate(painter, PaintingScene::cacheOf(*this), plate, plateLook());
 
-    drawLetteringCentred(painter, kLettering + QPointF(0, -22), QStringLiteral("TARVOLD ENGINEERING"),
+    render::drawLetteringCentred(painter, kLettering + QPointF(0, -22), QStringLiteral("TARVOLD ENGINEERING"),
                          engraved(8.5, QFont::DemiBold, 1.0));
-    PlatePainting::paintScriptName(painter, kLettering + QPointF(0, 0), QStringLiteral("Dunra"), 34, kScriptShadows);
-    drawLetteringCentred(painter, kLettering + QPointF(0, 22), QStringLiteral("2-CHANNEL PREAMPLIFICATION SYSTEM"),
+    render::paintScriptName(painter, kLettering + QPointF(0, 0), QStringLiteral("Dunra"), 34, kScriptShadows);
+    render::drawLetteringCentred(painter, kLettering + QPointF(0, 22), QStringLiteral("2-CHANNEL PREAMPLIFICATION SYSTEM"),
                          engraved(5.8, QFont::DemiBold, 0.5));
-    drawLetteringCentred(painter, kPowerLabel, QStringLiteral("POWER"), engraved(6.5, QFont::DemiBold, 1.0));
+    render::drawLetteringCentred(painter, kPowerLabel, QStringLiteral("POWER"), engraved(6.5, QFont::DemiBold, 1.0));
 
     for (int c = 0; c < 2; ++c) {
         const double y = m_layout.rowDisplay[c];
-        drawLetteringCentred(painter, QPointF(kChannelLabelX, y), QStringLiteral("CH %1").arg(c + 1),
+        render::drawLetteringCentred(painter, QPointF(kChannelLabelX, y), QStringLiteral("CH %1").arg(c + 1),
                              engraved(8, QFont::DemiBold, 0.8));
         for (int k = -1; k <= 1; ++k)
             render::paintLED(painter, PaintingScene::cacheOf(*this), QPointF(kHeadroomX, y + k * (5 + 4)), 5, false, LampColors::green);
     }
-    drawLetteringCentred(painter, kGainLabel, QStringLiteral("GAIN (dB)"), engraved(7, QFont::DemiBold, 0.8));
+    render::drawLetteringCentred(painter, kGainLabel, QStringLiteral("GAIN (dB)"), engraved(7, QFont::DemiBold, 0.8));
 
     const double selectX = m_layout.buttonX[5];
-    const LetteringStyle selectStyle = engraved(7.5, QFont::DemiBold, 0.8);
-    drawLetteringCentred(painter, QPointF(selectX, 27), QStringLiteral("SELECT"), selectStyle);
-    drawLetteringCentred(painter, QPointF(selectX, 107), QStringLiteral("CLEAR"), selectStyle);
-    drawLetteringCentred(painter, QPointF(selectX + 42, 66), QStringLiteral("ALL"), selectStyle);
+    const render::LetteringStyle selectStyle = engraved(7.5, QFont::DemiBold, 0.8);
+    render::drawLetteringCentred(painter, QPointF(selectX, 27), QStringLiteral("SELECT"), selectStyle);
+    render::drawLetteringCentred(painter, QPointF(selectX, 107), QStringLiteral("CLEAR"), selectStyle);
+    render::drawLetteringCentred(painter, QPointF(selectX + 42, 66), QStringLiteral("ALL"), selectStyle);
 
     for (QPointF jack : kJacks)
         render::paintJack(painter, PaintingScene::cacheOf(*this), jack);
-    const LetteringStyle jackStyle = engraved(7, QFont::DemiBold, 0.7);
+    const render::LetteringStyle jackStyle = engraved(7, QFont::DemiBold, 0.7);
     const QStringList jackLabels{QStringLiteral("CHANNEL 1"), QStringLiteral("DI"), QStringLiteral("CHANNEL 2")};
     const double lineHeight = 7 * 1.2 + 9;
     // A left-aligned stack centred on its point: its widest line decides where all lines start.
     double stackWidth = 0;
     for (const QString& label : jackLabels)
-        stackWidth = std::max(stackWidth, letteringWidth(label, jackStyle));
+        stackWidth = std::max(stackWidth, render::letteringWidth(label, jackStyle));
     for (int i = 0; i < jackLabels.size(); ++i) {
         const QRectF box(m_layout.jackLabels.x() - stackWidth / 2, m_layout.jackLabels.y() + (i - 1) * lineHeight - 6,
                          stackWidth + 1, 12);
-        drawLettering(painter, box, Qt::AlignLeft | Qt::AlignVCenter, jackLabels[i], jackStyle);
+        render::drawLettering(painter, box, Qt::AlignLeft | Qt::AlignVCenter, jackLabels[i], jackStyle);
     }
 
     const QString knobTop = QStringLiteral("GAIN /"), knobBottom = QStringLiteral("SELECT (PUSH)");
-    const LetteringStyle knobTopStyle = engraved(7, QFont::DemiBold, 0.8), knobBottomStyle = engraved(6, QFont::DemiBold, 0.5);
+    const render::LetteringStyle knobTopStyle = engraved(7, QFont::DemiBold, 0.8), knobBottomStyle = engraved(6, QFont::DemiBold, 0.5);
     const double knobStackLeft = kKnobLabels.x()
-        - std::max(letteringWidth(knobTop, knobTopStyle), letteringWidth(knobBottom, knobBottomStyle)) / 2;
-    drawLettering(painter, QRectF(knobStackLeft, kKnobLabels.y() - 11, 80, 11), Qt::AlignLeft | Qt::AlignVCenter, knobTop,
+        - std::max(render::letteringWidth(knobTop, knobTopStyle), render::letteringWidth(knobBottom, knobBottomStyle)) / 2;
+    render::drawLettering(painter, QRectF(knobStackLeft, kKnobLabels.y() - 11, 80, 11), Qt::AlignLeft | Qt::AlignVCenter, knobTop,
                   knobTopStyle);
-    drawLettering(painter, QRectF(knobStackLeft, kKnobLabels.y(), 80, 10), Qt::AlignLeft | Qt::AlignVCenter, knobBottom,
+    render::drawLettering(painter, QRectF(knobStackLeft, kKnobLabels.y(), 80, 10), Qt::AlignLeft | Qt::AlignVCenter, knobBottom,
                   knobBottomStyle);
 
     for (QPointF slot : kRackSlots)
-        PlatePainting::paintRackSlot(painter, slot, QSizeF(18, 12), 1.1);
+        render::paintRackSlot(painter, slot, QSizeF(18, 12), 1.1);
     for (QPointF screw : kScrews)
         render::paintScrew(painter, PaintingScene::cacheOf(*this), screw, 15);
 }

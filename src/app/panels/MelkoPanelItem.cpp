@@ -67,14 +67,14 @@ const std::array<Row, 5>& rows()
 }
 
 /// Dark lettering on the light plate, with a crisp white highlight below it.
-LetteringStyle engravedDark(double size, QFont::Weight weight, double tracking)
+render::LetteringStyle engravedDark(double size, QFont::Weight weight, double tracking)
 {
-    return LetteringStyle::of(size, weight, tracking, kDarkInk).withShadow(QColor::fromRgbF(1, 1, 1, 0.55f), {-0.6, 0.8});
+    return render::LetteringStyle::of(size, weight, tracking, kDarkInk).withShadow(QColor::fromRgbF(1, 1, 1, 0.55f), {-0.6, 0.8});
 }
 
-const PlatePainting::PlateLook& plateLook()
+const render::PlateLook& plateLook()
 {
-    static const PlatePainting::PlateLook look{
+    static const render::PlateLook look{
         .cornerRadius = 3,
         .gradient = {QColor::fromRgbF(0.95f, 0.95f, 0.95f), QColor::fromRgbF(0.7f, 0.7f, 0.7f),
                      QColor::fromRgbF(0.4f, 0.4f, 0.4f)},
@@ -168,30 +168,30 @@ bool MelkoPanelItem::plateCanBeFlattened() const
 void MelkoPanelItem::paintPlate(QPainter& painter) const
 {
     const QRectF plate(QPointF(0, 0), plateSize());
-    PlatePainting::paintPlate(painter, PaintingScene::cacheOf(*this), plate, plateLook());
+    render::paintPlate(painter, PaintingScene::cacheOf(*this), plate, plateLook());
 
-    drawLetteringCentred(painter, kMaker, QStringLiteral("TARVOLD ENGINEERING"), engravedDark(6.6, QFont::Bold, 0.3));
+    render::drawLetteringCentred(painter, kMaker, QStringLiteral("TARVOLD ENGINEERING"), engravedDark(6.6, QFont::Bold, 0.3));
 
     const QColor headroomColors[] = {LampColors::red, LampColors::orange, LampColors::green};
     const QString headroomLabels[] = {QStringLiteral("OL"), QStringLiteral("+"), QStringLiteral("0")};
     for (int i = 0; i < 3; ++i) {
         render::paintLED(painter, PaintingScene::cacheOf(*this), QPointF(kHeadroomLampX, kHeadroomY[i]), 8, false, headroomColors[i]);
-        drawLetteringCentred(painter, QPointF(kHeadroomLabelX, kHeadroomY[i]), headroomLabels[i],
+        render::drawLetteringCentred(painter, QPointF(kHeadroomLabelX, kHeadroomY[i]), headroomLabels[i],
                              engravedDark(9, QFont::Bold, 0.3));
     }
-    drawLetteringCentred(painter, kGainLabel, QStringLiteral("GAIN"), engravedDark(9, QFont::Bold, 0.8));
+    render::drawLetteringCentred(painter, kGainLabel, QStringLiteral("GAIN"), engravedDark(9, QFont::Bold, 0.8));
 
     for (int i = 0; i < 5; ++i) {
         const Row& row = rows()[i];
         const double size = row.sw == OrvanSwitch::mute ? 8.5 : 9.5;
-        drawLetteringCentred(painter, QPointF(kRowLabelX, m_buttonY[i]), row.label, engravedDark(size, QFont::Bold, 0.2));
+        render::drawLetteringCentred(painter, QPointF(kRowLabelX, m_buttonY[i]), row.label, engravedDark(size, QFont::Bold, 0.2));
     }
-    drawLetteringCentred(painter, QPointF(96, m_buttonY[0] + 8), QStringLiteral("78Hz"), engravedDark(7, QFont::Bold, 0.2));
+    render::drawLetteringCentred(painter, QPointF(96, m_buttonY[0] + 8), QStringLiteral("78Hz"), engravedDark(7, QFont::Bold, 0.2));
 
-    const LetteringStyle script = LetteringStyle::of(28, QFont::Bold, 0, kDarkInk)
+    const render::LetteringStyle script = render::LetteringStyle::of(28, QFont::Bold, 0, kDarkInk)
                                       .withFamily(render::scriptFontFamily(), true)
                                       .withShadow(QColor::fromRgbF(1, 1, 1, 0.5f), {-0.7, 0.9});
-    drawLetteringCentred(painter, kScriptName, QStringLiteral("Melko"), script);
+    render::drawLetteringCentred(painter, kScriptName, QStringLiteral("Melko"), script);
 
     painter.save();
     painter.setPen(QPen(QColor::fromRgbF(1, 1, 1, 0.5f), 0.8));
@@ -205,8 +205,8 @@ void MelkoPanelItem::paintPlate(QPainter& painter) const
         painter.drawEllipse(hole, 4.5, 4.5);
     painter.restore();
 
-    drawLetteringCentred(painter, kListenOnly, QStringLiteral("LISTEN ONLY"),
-                         LetteringStyle::of(5.5, QFont::Bold, 0.6, kListenOnlyRed));
+    render::drawLetteringCentred(painter, kListenOnly, QStringLiteral("LISTEN ONLY"),
+                         render::LetteringStyle::of(5.5, QFont::Bold, 0.6, kListenOnlyRed));
 }
 
 } // namespace orvan

@@ -18,7 +18,7 @@
 
 namespace orvan {
 
-using PlatePainting::engraved;
+using render::engraved;
 
 namespace {
 
@@ -59,9 +59,9 @@ const QList<SharedRow>& sharedRows()
     return table;
 }
 
-const PlatePainting::PlateLook& plateLook()
+const render::PlateLook& plateLook()
 {
-    static const PlatePainting::PlateLook look{
+    static const render::PlateLook look{
         .cornerRadius = 5,
         .gradient = {QColor::fromRgbF(0.30f, 0.34f, 0.43f), QColor::fromRgbF(0.14f, 0.16f, 0.21f),
                      QColor::fromRgbF(0.05f, 0.06f, 0.09f)},
@@ -162,32 +162,32 @@ OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
 void OrvanPanelItem::paintPlate(QPainter& painter) const
 {
     const QRectF plate(QPointF(0, 0), plateSize());
-    PlatePainting::paintPlate(painter, PaintingScene::cacheOf(*this), plate, plateLook());
+    render::paintPlate(painter, PaintingScene::cacheOf(*this), plate, plateLook());
 
     // Maker, unit name in script, and the unit's description.
-    const LetteringStyle maker = engraved(10, QFont::DemiBold, 1.1);
-    const LetteringStyle small = engraved(7, QFont::DemiBold, 1.2);
-    drawLetteringCentred(painter, kLettering + QPointF(0, -33), QStringLiteral("TARVOLD ENGINEERING"), maker);
-    PlatePainting::paintScriptName(painter, kLettering + QPointF(0, -4), QStringLiteral("Orvan"), 40, kScriptShadows);
-    drawLetteringCentred(painter, kLettering + QPointF(0, 24), QStringLiteral("8-CHANNEL"), small);
-    drawLetteringCentred(painter, kLettering + QPointF(0, 34), QStringLiteral("REMOTE PRE-AMPLIFICATION SYSTEM"),
+    const render::LetteringStyle maker = engraved(10, QFont::DemiBold, 1.1);
+    const render::LetteringStyle small = engraved(7, QFont::DemiBold, 1.2);
+    render::drawLetteringCentred(painter, kLettering + QPointF(0, -33), QStringLiteral("TARVOLD ENGINEERING"), maker);
+    render::paintScriptName(painter, kLettering + QPointF(0, -4), QStringLiteral("Orvan"), 40, kScriptShadows);
+    render::drawLetteringCentred(painter, kLettering + QPointF(0, 24), QStringLiteral("8-CHANNEL"), small);
+    render::drawLetteringCentred(painter, kLettering + QPointF(0, 34), QStringLiteral("REMOTE PRE-AMPLIFICATION SYSTEM"),
                          engraved(7, QFont::DemiBold, 0.9));
-    drawLetteringCentred(painter, kPowerLabel, QStringLiteral("POWER"), engraved(7, QFont::DemiBold, 1.0));
+    render::drawLetteringCentred(painter, kPowerLabel, QStringLiteral("POWER"), engraved(7, QFont::DemiBold, 1.0));
 
     for (int i = 0; i < m_columns.size(); ++i)
         ChannelColumn::paintStatic(painter, PaintingScene::cacheOf(*this), kFirstColumnX + kColumnPitch * i);
 
-    const LetteringStyle sharedLabel = engraved(6.5, QFont::DemiBold, 0.5);
+    const render::LetteringStyle sharedLabel = engraved(6.5, QFont::DemiBold, 0.5);
     for (const SharedRow& row : sharedRows()) {
         const QRectF box(kSharedLabelX - kSharedLabelWidth / 2, row.y - 10, kSharedLabelWidth, 20);
-        drawLettering(painter, box, Qt::AlignLeft | Qt::AlignVCenter, row.label, sharedLabel);
+        render::drawLettering(painter, box, Qt::AlignLeft | Qt::AlignVCenter, row.label, sharedLabel);
     }
 
-    drawLetteringCentred(painter, kGainLabel, QStringLiteral("GAIN"), engraved(7, QFont::DemiBold, 1.0));
-    drawLetteringCentred(painter, kSetupLabel, QStringLiteral("SETUP (HOLD)"), engraved(5.5, QFont::Medium, 0.6));
+    render::drawLetteringCentred(painter, kGainLabel, QStringLiteral("GAIN"), engraved(7, QFont::DemiBold, 1.0));
+    render::drawLetteringCentred(painter, kSetupLabel, QStringLiteral("SETUP (HOLD)"), engraved(5.5, QFont::Medium, 0.6));
 
     for (QPointF slot : kRackSlots)
-        PlatePainting::paintRackSlot(painter, slot, QSizeF(18, 13), 1.2);
+        render::paintRackSlot(painter, slot, QSizeF(18, 13), 1.2);
     for (QPointF screw : kScrews)
         render::paintScrew(painter, PaintingScene::cacheOf(*this), screw, 16);
 }

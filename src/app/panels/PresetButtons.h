@@ -1,6 +1,6 @@
 #pragma once
 
-#include "items/Lettering.h"
+#include "Lettering.h"
 
 #include <QList>
 #include <array>
@@ -18,7 +18,7 @@ struct PresetButtonRow {
     std::array<double, 4> width;
     double y;
     double height;
-    LetteringStyle caption;
+    render::LetteringStyle caption;
 };
 
 /// Makes the four preset buttons, wired to the model's preset operations, as children of `panel`.

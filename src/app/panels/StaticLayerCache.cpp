@@ -1,14 +1,13 @@
 #include "StaticLayerCache.h"
 
 #include "AppVersion.h"
+#include "AtomicFile.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <QTimer>
 #include <cstring>
+#include <optional>
 #include <elf.h>
 #include <link.h>
 #include <vector>
@@ -125,23 +124,26 @@ quint64 keyFor(const QByteArray& description)
 
 QImage load(const QString& name, quint64 key, QSize size)
 {
-    const qint64 pixelBytes = qint64(size.width()) * size.height() * kBytesPerPixel;
-    // Only a plain file of exactly the right length is opened: a FIFO, a device or a huge file
-    // would block or take long to read.
-    const QFileInfo info(pathOf(name));
-    if (size.isEmpty() || !info.isFile() || info.size() != qint64(sizeof(Header)) + pixelBytes)
+    if (size.isEmpty())
         return {};
-    QFile file(info.filePath());
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    // Only a plain file of exactly the right length is read: AtomicFile never opens a FIFO or a
+    // device, nor reads more than that.
+    const qint64 pixelBytes = qint64(size.width()) * size.height() * kBytesPerPixel;
+    const qint64 fileBytes = qint64(sizeof(Header)) + pixelBytes;
+    std::optional<QByteArray> bytes = AtomicFile::readRegular(pathOf(name), fileBytes);
+    if (!bytes || bytes->size() != fileBytes)
         return {};
     Header header{};
-    if (file.read(reinterpret_cast<char*>(&header), sizeof header) != qint64(sizeof header)
-        || std::memcmp(header.magic, kMagic, sizeof kMagic) != 0 || header.key != key
+    std::memcpy(&header, bytes->constData(), sizeof header);
+    if (std::memcmp(header.magic, kMagic, sizeof kMagic) != 0 || header.key != key
         || header.width != quint32(size.width()) || header.height != quint32(size.height()))
         return {};
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull() || image.sizeInBytes() != pixelBytes
-        || file.read(reinterpret_cast<char*>(image.bits()), pixelBytes) != pixelBytes || checksum(image) != header.checksum)
+    // The image is the file's own bytes after the header (kept alive with it), not a copy.
+    auto* held = new QByteArray(std::move(*bytes));
+    const QImage image(reinterpret_cast<const uchar*>(held->constData()) + sizeof(Header), size.width(), size.height(),
+                       qsizetype(size.width()) * kBytesPerPixel, QImage::Format_ARGB32_Premultiplied,
+                       [](void* data) { delete static_cast<QByteArray*>(data); }, held);
+    if (image.isNull() || checksum(image) != header.checksum)
         return {};
     return image;
 }
@@ -169,18 +171,11 @@ void writePending()
         header.width = quint32(layer.image.width());
         header.height = quint32(layer.image.height());
         header.checksum = checksum(layer.image);
-        // Written beside the old file and renamed over it: a reader sees the old or the new one.
-        // Whatever else stands under that name (a link, a FIFO) is taken away, not written through.
-        const QString path = pathOf(layer.name);
-        const QFileInfo existing(path);
-        if (existing.isSymLink() || (existing.exists() && !existing.isFile()))
-            QFile::remove(path);
-        QSaveFile file(path);
-        if (!file.open(QIODevice::WriteOnly))
-            continue;
-        file.write(reinterpret_cast<const char*>(&header), sizeof header);
-        file.write(reinterpret_cast<const char*>(layer.image.constBits()), layer.image.sizeInBytes());
-        file.commit();
+        QByteArray bytes(reinterpret_cast<const char*>(&header), sizeof header);
+        bytes.append(reinterpret_cast<const char*>(layer.image.constBits()), layer.image.sizeInBytes());
+        // A reader sees the old file or the new one, never half of one; whatever else stands under
+        // that name (a link, a FIFO) is replaced, not written through.
+        AtomicFile::write(pathOf(layer.name), bytes);
     }
 }
 

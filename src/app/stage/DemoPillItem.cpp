@@ -3,7 +3,7 @@
 #include "Blur.h"
 #include "DemoMode.h"
 #include "OrvanMIDI.h"
-#include "items/Lettering.h"
+#include "Lettering.h"
 #include "items/PressLook.h"
 #include "panels/PaintingScene.h"
 
@@ -40,19 +40,19 @@ const QString kTooltipOff = QStringLiteral("Try the app with sample settings. No
 const QString kTooltipOn = QStringLiteral("Leave demo mode");
 const QString kExplanation = QStringLiteral("Demo mode: sample settings, nothing is sent");
 
-LetteringStyle labelStyle()
+render::LetteringStyle labelStyle()
 {
-    return LetteringStyle::of(11, QFont::Bold, 1.2, Qt::white).withShadow(QColor(0, 0, 0, 128), {-0.6, 0.8});
+    return render::LetteringStyle::of(11, QFont::Bold, 1.2, Qt::white).withShadow(QColor(0, 0, 0, 128), {-0.6, 0.8});
 }
 
-LetteringStyle explanationStyle()
+render::LetteringStyle explanationStyle()
 {
-    return LetteringStyle::of(9.5, QFont::Medium, 0.6, kExplanationColor).withShadow(Qt::black, {-0.6, 0.8});
+    return render::LetteringStyle::of(9.5, QFont::Medium, 0.6, kExplanationColor).withShadow(Qt::black, {-0.6, 0.8});
 }
 
 double explanationWidth()
 {
-    static const double width = letteringWidth(kExplanation, explanationStyle());
+    static const double width = render::letteringWidth(kExplanation, explanationStyle());
     return width;
 }
 
@@ -146,7 +146,7 @@ void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWi
 
         // Lamp and label, centred as one row.
         const QString label = on ? QStringLiteral("DEMO ON") : QStringLiteral("DEMO");
-        const double labelWidth = letteringWidth(label, labelStyle());
+        const double labelWidth = render::letteringWidth(label, labelStyle());
         const double rowWidth = kLampSize + kContentSpacing + labelWidth;
         const double left = pill.center().x() - rowWidth / 2;
         const QRectF lamp(left, -kLampSize / 2, kLampSize, kLampSize);
@@ -157,12 +157,12 @@ void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWi
             render::paintGlow(p, PaintingScene::cacheOf(*this), lampPath, Qt::white, 1, kLampGlowRadius);
         p.fillPath(lampPath, Qt::white);
         p.setOpacity(1.0);
-        drawLettering(p, QRectF(lamp.right() + kContentSpacing, -10, labelWidth + 2, 20),
+        render::drawLettering(p, QRectF(lamp.right() + kContentSpacing, -10, labelWidth + 2, 20),
                       Qt::AlignLeft | Qt::AlignVCenter, label, labelStyle());
     }
 
     if (on) {
-        drawLettering(*painter, QRectF(pill.left() + kExplanationOffset, -10, 1000, 20), Qt::AlignLeft | Qt::AlignVCenter,
+        render::drawLettering(*painter, QRectF(pill.left() + kExplanationOffset, -10, 1000, 20), Qt::AlignLeft | Qt::AlignVCenter,
                       kExplanation, explanationStyle());
     }
 }

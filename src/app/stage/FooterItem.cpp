@@ -16,9 +16,9 @@ FooterItem::FooterItem(QString text, Qt::Alignment side)
     setCacheMode(DeviceCoordinateCache);
 }
 
-LetteringStyle FooterItem::style()
+render::LetteringStyle FooterItem::style()
 {
-    return LetteringStyle::of(9, QFont::Medium, 0.8, QColor::fromRgbF(0.75f, 0.75f, 0.75f, 0.7f))
+    return render::LetteringStyle::of(9, QFont::Medium, 0.8, QColor::fromRgbF(0.75f, 0.75f, 0.75f, 0.7f))
         .withShadow(Qt::black, {-0.6, 0.8});
 }
 
@@ -26,7 +26,7 @@ LetteringStyle FooterItem::style()
 QRectF FooterItem::boundingRect() const
 {
     if (!m_box) {
-        const double width = letteringWidth(m_text, style()) + 2;
+        const double width = render::letteringWidth(m_text, style()) + 2;
         const double left = m_side & Qt::AlignRight ? -width : 0;
         m_box = QRectF(left - 1, -kLineHeight, width + 2, kLineHeight + 1);
     }
@@ -36,7 +36,7 @@ QRectF FooterItem::boundingRect() const
 void FooterItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
 {
     const QRectF box = boundingRect().adjusted(1, 0, -1, -1);
-    drawLettering(*painter, box, (m_side & Qt::AlignHorizontal_Mask) | Qt::AlignBottom, m_text, style());
+    render::drawLettering(*painter, box, (m_side & Qt::AlignHorizontal_Mask) | Qt::AlignBottom, m_text, style());
 }
 
 } // namespace orvan

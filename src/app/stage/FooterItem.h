@@ -1,6 +1,6 @@
 #pragma once
 
-#include "items/Lettering.h"
+#include "Lettering.h"
 
 #include <QGraphicsItem>
 #include <optional>
@@ -13,7 +13,7 @@ public:
     FooterItem(QString text, Qt::Alignment side);
 
     /// The shared look of both footer lines.
-    static LetteringStyle style();
+    static render::LetteringStyle style();
 
     QString text() const { return m_text; }
     QRectF boundingRect() const override;

@@ -3,11 +3,12 @@
 #include "BrushedTexture.h"
 #include "Controls.h"
 #include "HardLight.h"
+#include "RoundedShadow.h"
 #include "Theme.h"
 
 #include <QPainter>
 
-namespace orvan::PlatePainting {
+namespace orvan::render {
 
 namespace {
 QLinearGradient alongLight(const QRectF& r)
@@ -17,12 +18,14 @@ QLinearGradient alongLight(const QRectF& r)
 }
 } // namespace
 
-void paintPlate(QPainter& painter, render::PaintCache* cache, const QRectF& plate, const PlateLook& look)
+void paintPlate(QPainter& painter, PaintCache* cache, const QRectF& plate, const PlateLook& look)
 {
     QPainterPath shape;
     shape.addRoundedRect(plate, look.cornerRadius, look.cornerRadius);
 
-    render::paintShadow(painter, cache, shape, look.shadowColor, look.shadowBlur, look.shadowOffset);
+    // The plate's opaque fill covers the shadow's middle; only the round corners let it through.
+    const QRectF filled = plate.adjusted(look.cornerRadius, look.cornerRadius, -look.cornerRadius, -look.cornerRadius);
+    paintRoundedShadow(painter, cache, plate, look.cornerRadius, look.shadowColor, look.shadowBlur, look.shadowOffset, filled);
 
     QLinearGradient fill = alongLight(plate);
     fill.setColorAt(0, look.gradient[0]);
@@ -33,9 +36,9 @@ void paintPlate(QPainter& painter, render::PaintCache* cache, const QRectF& plat
     painter.save();
     painter.setClipPath(shape, Qt::IntersectClip);
     painter.setOpacity(look.textureOpacity);
-    render::paintBrushedTexture(painter, cache, plate, look.verticalGrain);
+    paintBrushedTexture(painter, cache, plate, look.verticalGrain);
     painter.setOpacity(look.lightOpacity);
-    render::paintHardLight(painter, plate);
+    paintHardLight(painter, plate);
     painter.restore();
 
     // Border stroked inside the outline, then a thin dark line inset by 2.
@@ -71,7 +74,7 @@ void paintRackSlot(QPainter& painter, QPointF centre, QSizeF size, double rimWid
 LetteringStyle engraved(double size, QFont::Weight weight, double tracking)
 {
     // Cut into the metal: light letters with a crisp dark shadow up and to the left.
-    return LetteringStyle::of(size, weight, tracking, render::Theme::engraving())
+    return LetteringStyle::of(size, weight, tracking, Theme::engraving())
         .withShadow(QColor::fromRgbF(0, 0, 0, 0.9f), {-0.6, 0.8});
 }
 
@@ -79,7 +82,7 @@ void paintScriptName(QPainter& painter, QPointF centre, const QString& name, dou
 {
     constexpr QPointF kShadowOffset{-1, 1.2};
     LetteringStyle style = LetteringStyle::of(size, QFont::Normal, 0, Qt::white)
-                               .withFamily(render::scriptFontFamily(), true);
+                               .withFamily(scriptFontFamily(), true);
     // A shadow applied again falls from the letters and their first shadow together: the n-th
     // copy lies n offsets away. Deepest first.
     LetteringStyle shadow = style;
@@ -95,4 +98,4 @@ void paintScriptName(QPainter& painter, QPointF centre, const QString& name, dou
     drawLetteringCentred(painter, centre, name, style);
 }
 
-} // namespace orvan::PlatePainting
+} // namespace orvan::render

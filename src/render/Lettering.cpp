@@ -4,7 +4,7 @@
 #include <QPainter>
 #include <algorithm>
 
-namespace orvan {
+namespace orvan::render {
 
 namespace {
 
@@ -83,4 +83,4 @@ void drawLetteringCentred(QPainter& painter, QPointF centre, const QString& text
                   style);
 }
 
-} // namespace orvan
+} // namespace orvan::render

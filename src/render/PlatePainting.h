@@ -1,6 +1,6 @@
 #pragma once
 
-#include "items/Lettering.h"
+#include "Lettering.h"
 
 #include <QColor>
 #include <QPainterPath>
@@ -9,18 +9,16 @@
 
 class QPainter;
 
-namespace orvan::render {
-class PaintCache;
-}
-
 /// Painting shared by the three panels' static layers.
-namespace orvan::PlatePainting {
+namespace orvan::render {
+
+class PaintCache;
 
 /// A faceplate: light-following gradient, brushed grain, hard light, bevelled border, inner line,
 /// and its drop shadow.
 struct PlateLook {
     double cornerRadius;
-    std::array<QColor, 3> gradient;      ///< stops at 0, `middleStop`, 1 along the light direction
+    std::array<QColor, 3> gradient;      ///< opaque stops at 0, `middleStop`, 1 along the light direction
     double middleStop;
     bool verticalGrain;
     double textureOpacity;
@@ -34,7 +32,7 @@ struct PlateLook {
     QPointF shadowOffset;
 };
 
-void paintPlate(QPainter& painter, render::PaintCache* cache, const QRectF& plate, const PlateLook& look);
+void paintPlate(QPainter& painter, PaintCache* cache, const QRectF& plate, const PlateLook& look);
 
 /// A black rack-ear slot with a bevelled rim.
 void paintRackSlot(QPainter& painter, QPointF centre, QSizeF size, double rimWidth);
@@ -46,4 +44,4 @@ LetteringStyle engraved(double size, QFont::Weight weight, double tracking);
 /// `shadowCount` crisp black shadows, each one offset further down and to the left.
 void paintScriptName(QPainter& painter, QPointF centre, const QString& name, double size, int shadowCount);
 
-} // namespace orvan::PlatePainting
+} // namespace orvan::render

@@ -10,7 +10,7 @@
 class QPainter;
 class QRectF;
 
-namespace orvan {
+namespace orvan::render {
 
 /// How a line of panel lettering looks. Sizes are in design points at any painter scale.
 struct LetteringStyle {
@@ -66,4 +66,4 @@ void drawLetteringCentred(QPainter& painter, QPointF centre, const QString& text
 /// The natural width of a line in design points.
 double letteringWidth(const QString& text, const LetteringStyle& style);
 
-} // namespace orvan
+} // namespace orvan::render
