@@ -160,11 +160,8 @@ TEST_F(UndoHistoryTest, OneHistoryAcrossUnitsRestoresItsOwnValuesAndForgetsAnUnp
     QCoreApplication::processEvents();
     EXPECT_EQ(rig.history.undoCount(), 1u);
     EXPECT_EQ(rig.history.redoCount(), 1u);
-    rig.history.undo();
-    rig.history.undo();
-    rig.history.redo();
-    rig.history.redo();
-    rig.history.redo();
+    for (auto op : {&UndoHistory::undo, &UndoHistory::undo, &UndoHistory::redo, &UndoHistory::redo, &UndoHistory::redo})
+        (rig.history.*op)();
     EXPECT_EQ(rig.messages(), (Messages{{25, 10}, {7, kOff}, {7, kOn}, {25, 12}}));
     EXPECT_TRUE(rig.system.sentTo(QStringLiteral("Dunra")).empty());
     EXPECT_TRUE(rig.engine->channels()[3].pad) << "the unit's own change is left alone";

@@ -15,6 +15,16 @@ TEST(Icon, IsA1024SquareWithTransparentCorners)
     EXPECT_EQ(qAlpha(icon.pixel(512, 150)), 255) << "the plate is opaque";
 }
 
+TEST(Icon, PlacesTheEightsSegmentBOneDigitPitchRightOfTheOnesWithTheSlant)
+{
+    const QRectF bOfOne = IconDigits::digitPath(0, QSizeF(600, 400)).toSubpathPolygons()[0].boundingRect();
+    const QRectF bOfEight = IconDigits::digitPath(1, QSizeF(600, 400)).toSubpathPolygons()[4].boundingRect();
+    EXPECT_NEAR(bOfEight.left() - bOfOne.left(), 194, 1e-9);
+    EXPECT_NEAR(bOfEight.top(), bOfOne.top(), 1e-9);
+    // b's widest corner (150, 36), slanted and placed: 150 - 0.12 x 36 + 16.2 + (600 - 344) / 2.
+    EXPECT_NEAR(bOfOne.right(), 289.88, 1e-9);
+}
+
 TEST(Icon, LightsTheSegmentsOfEighteenInItsPaleBlue)
 {
     const QImage icon = IconView::render();
