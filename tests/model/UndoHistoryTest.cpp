@@ -52,12 +52,6 @@ void notches(UndoRig& rig, int count, const std::function<void()>& notch)
     }
 }
 
-ChannelSnapshot snap(std::optional<qint64> gain, bool phantom, bool mute = false)
-{
-    return ChannelSnapshot{gain, false, phantom, false, mute, false};
-}
-Preset preset(QList<ChannelSnapshot> channels) { return Preset{QUuid::createUuid(), QStringLiteral("P"), std::move(channels)}; }
-
 using UndoHistoryTest = ModelTest;
 
 TEST_F(UndoHistoryTest, EachActionUndoesAndRedoesAsOneStepWithTheMessagesOfAClickAndThePacingOfARecall)
@@ -100,7 +94,7 @@ TEST_F(UndoHistoryTest, EachActionUndoesAndRedoesAsOneStepWithTheMessagesOfAClic
          .undone = {{0, 4, kOff}, {12, 20, kOff}}, .redone = {{0, 4, kOn}, {12, 20, kOn}}, .redoAsks = QList<int>{0, 1}},
         {.name = "a recall that switched +48V on: undo asks nothing, redo asks", .spec = Catalogue::dunra(),
          .given = [](UndoRig& r) { r.reportGain(0, 8); r.reportGain(1, 8); },
-         .action = [](UndoRig& r) { r.model->recall(preset({snap(10, true), snap(8, false, true)})); },
+         .action = [](UndoRig& r) { r.model->recall(Preset{QUuid(), "P", {{10, false, true, false, false, false}, {8, false, false, false, true, false}}}); },
          .undone = {{0, 4, kOff}, {912, 9, 8}, {924, 23, kOff}},
          .redone = {{0, 4, kOn}, {912, 9, 10}, {924, 23, kOn}}, .redoAsks = QList<int>{0}},
         {.name = "a reset: only what differs, no settling pause without +48V", .spec = Catalogue::orvan(),
