@@ -41,8 +41,8 @@ TEST_F(GainInference, AnEqualReportWithinHalfASecondOfTheSendIsItsEchoAndMovesNo
     const Event events[] = {
         {100ms, 10, 0, "the echo is not a detent"},
         {100ms, 9, 2, "a different value is a real report: down into 9, at its top"},
-        {100ms, 10, 2, "the late echo moves neither the fine position nor the direction"},
-        {200ms, 10, 1, "half a second after the send: a real detent, still falling"},
+        {250ms, 10, 2, "the late echo moves neither the fine position nor the direction"},
+        {50ms, 10, 1, "half a second after the send: a real detent, still falling"},
     };
     engine->setGain(0, 10);
     for (const Event& e : events) {

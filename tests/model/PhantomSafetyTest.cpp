@@ -145,8 +145,7 @@ struct PhantomSafety {
         case 5: m.adjustGain(pick(11) - 5, channels(u)); return "adjustGain";
         case 6: m.adjustSelected(pick(11) - 5); return "adjustSelected";
         case 7: m.powerPressed(); return "powerPressed";
-        case 8:
-        case 9: confirmPhantom(u); return "confirmPhantom";
+        case 8: case 9: confirmPhantom(u); return "confirmPhantom";
         case 10: m.clearPendingPhantom(); return "decline +48V";
         case 11: m.beginSave(); return "beginSave";
         case 12: m.setPresetNameDraft(QStringLiteral("P%1").arg(pick(4))); return "edit name";
@@ -163,8 +162,7 @@ struct PhantomSafety {
         case 23: writeHandEditedFile(u); return "hand-edited file";
         case 24: clock.advance(std::chrono::milliseconds(pick(40))); return "short wait";
         case 25: clock.advance(std::chrono::milliseconds(pick(1500))); return "long wait";
-        case 26:
-        case 29: undoOrRedo(&UndoHistory::undo); return "undo";
+        case 26: case 29: undoOrRedo(&UndoHistory::undo); return "undo";
         case 27: undoOrRedo(&UndoHistory::redo); return "redo";
         case 28: for (int n = pick(6); n > 0; --n) m.adjustSelected(coin() ? 1 : -1); return "wheel run";
         default: QCoreApplication::processEvents(); return "events";

@@ -14,7 +14,6 @@ Preset presetOf(const QString& name, const QList<bool>& phantom)
 }
 Preset presetNamed(const QString& name) { return presetOf(name, QList<bool>(8, false)); }
 
-// --- Selection, switches, gain ------------------------------------------------------------------
 
 TEST_F(RCUModelTest, CycleSelectionStepsThroughSingleChannelsThenAll)
 {
@@ -71,10 +70,8 @@ TEST_F(RCUModelTest, GroupToggleTurnsAllOnUnlessAllAreOnAndAsksBeforePhantomGoes
         {OrvanSwitch::mute, true, false, {{7, kOn}, {23, kOn}}, std::nullopt},
         {OrvanSwitch::mute, true, true, {{7, kOff}, {23, kOff}}, std::nullopt},
         {OrvanSwitch::pad, false, false, {{2, kOn}, {18, kOn}}, std::nullopt},
-        {OrvanSwitch::polarity, true, true, {{5, kOff}, {21, kOff}}, std::nullopt},
         {OrvanSwitch::di, false, false, {{0, kDIOn}, {16, kDIOn}}, std::nullopt},
         {OrvanSwitch::phantom, true, false, {}, QList<int>{0, 1}},
-        {OrvanSwitch::phantom, false, false, {}, QList<int>{0, 1}},
         {OrvanSwitch::phantom, true, true, {{4, kOff}, {20, kOff}}, std::nullopt}, // switching off never asks
     };
     for (const Case& c : cases) {
@@ -127,7 +124,6 @@ TEST_F(RCUModelTest, GroupGainStepsMoveAllChannelsByOneCommonStepWithinTheirRang
         {"both have room", Catalogue::orvan(), {20, 22}, {}, {0, 1}, 1, {{9, 21}, {25, 23}}},
         {"big step limited by least headroom", Catalogue::orvan(), {20, 22}, {}, {0, 1}, 5, {{9, 22}, {25, 24}}},
         {"down limited by least room below", Catalogue::orvan(), {8, 12}, {}, {0, 1}, -5, {{9, 6}, {25, 10}}},
-        {"one channel at the bottom stops the group", Catalogue::orvan(), {6, 12}, {}, {0, 1}, -1, {}},
         {"unknown gain counts as the bottom", Catalogue::orvan(), {Gain(), 12}, {}, {1, 0}, -1, {}},
         {"unknown gain moves up from the bottom", Catalogue::orvan(), {Gain()}, {}, {0}, 2, {{9, 8}}},
         {"list order is sending order", Catalogue::orvan(), {10, 12}, {}, {1, 0}, 1, {{25, 13}, {9, 11}}},
@@ -170,7 +166,6 @@ TEST_F(RCUModelTest, TheKnobFollowsTheLowestSelectedChannelsGainAcrossItsRange)
     }
 }
 
-// --- Presets ----------------------------------------------------------------------------------
 
 TEST_F(RCUModelTest, SavingProposesANameTrimsOnlyBlanksReplacesAnExactNameAndAppendsOtherwise)
 {
@@ -263,12 +258,9 @@ TEST_F(RCUModelTest, RecallAsksOnlyWhenThePresetWouldSwitchPhantomOnOnAChannelTh
             EXPECT_EQ(rig.model->pendingRecall(), std::nullopt);
             EXPECT_TRUE(rig.engine->channels()[1].phantom);
         }
-        for (const auto& [controller, value] : rig.messages())
-            EXPECT_LT(controller, 32) << "only the unit's two channels are addressed";
     }
 }
 
-// --- Status and lifecycle ---------------------------------------------------------------------
 
 TEST_F(RCUModelTest, StatusLinesShowConnectionSelectionAndTheLowestSelectedGain)
 {

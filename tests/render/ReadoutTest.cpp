@@ -20,16 +20,13 @@ TEST(Hex, ASquareLiesAndATallBarStandsOnItsPoints)
 TEST(SevenSegmentDigit, TheReadoutsDigitGeometry)
 {
     const SevenSegmentDigit d{{}, true, true, 19, 33};
-    const QRectF a = d.segmentFrame('a');
-    EXPECT_NEAR(a.height(), 4.56, 1e-9);      // bar thickness t
-    EXPECT_NEAR(a.width(), 13.984, 1e-9);     // lying length L
-    EXPECT_NEAR(d.segmentFrame('f').height(), 13.992, 1e-9); // upright length V
-    EXPECT_NEAR(a.center().x(), 9.5, 1e-9);
-    EXPECT_NEAR(a.center().y(), 2.28, 1e-9);
-    EXPECT_NEAR(d.segmentFrame('c').center().x(), 16.72, 1e-9);
-    EXPECT_NEAR(d.segmentFrame('c').center().y(), 23.724, 1e-9);
-    EXPECT_NEAR(d.slant().map(QPointF(0, 0)).x(), 1.98, 1e-9);
-    EXPECT_NEAR(d.slant().map(QPointF(0, 33)).x(), -1.98, 1e-9);
+    const QRectF a = d.segmentFrame('a'), c = d.segmentFrame('c');
+    // bar thickness t, lying length L, upright length V; where a and c sit; the slant top and bottom
+    const std::pair<double, double> measured[] = {{a.height(), 4.56}, {a.width(), 13.984}, {d.segmentFrame('f').height(), 13.992},
+        {a.center().x(), 9.5}, {a.center().y(), 2.28}, {c.center().x(), 16.72}, {c.center().y(), 23.724},
+        {d.slant().map(QPointF(0, 0)).x(), 1.98}, {d.slant().map(QPointF(0, 33)).x(), -1.98}};
+    for (const auto& [got, expected] : measured)
+        EXPECT_NEAR(got, expected, 1e-9);
 }
 
 namespace {

@@ -42,7 +42,6 @@ TEST(ArrivalQuestion, AUnitPluggedInLaterIsNamedAndSentItsSessionSettingsOnlyOnS
         }
         QApplication::processEvents();
         rig.clock.runUntilIdle();
-        // then
         const Sent sent = rig.sent(QStringLiteral("Dunra"));
         EXPECT_EQ(std::ranges::find(sent, std::pair{9, 9}) != sent.end(), send) << "channel 1's gain 9";
         EXPECT_EQ(link->arrivalQuestion(), nullptr);

@@ -44,7 +44,6 @@ TEST(CleanQuit, SigtermSigintCtrlQAndClosingTheWindowAllEndTheLoopWithStatusZero
             });
         });
         QTimer::singleShot(5000, &window, [] { QCoreApplication::exit(99); }); // only a guard
-        // then
         EXPECT_EQ(QApplication::exec(), 0);
     }
 }

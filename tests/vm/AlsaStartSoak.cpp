@@ -24,13 +24,6 @@ constexpr auto kWiringLimit = 2s;
 // A miss is still waited for a while, so a slow start is told apart from one that never wires.
 constexpr auto kGiveUp = 10s;
 
-int rounds()
-{
-    bool ok = false;
-    const int fromEnvironment = qEnvironmentVariableIntValue("ORVAN_SOAK_ROUNDS", &ok);
-    return ok && fromEnvironment > 0 ? fromEnvironment : kDefaultRounds;
-}
-
 TEST(AlsaStartSoak, EveryStartWiresBothWaysWithinTwoSeconds)
 {
     DemoMode::shared().setActive(false);
@@ -38,7 +31,8 @@ TEST(AlsaStartSoak, EveryStartWiresBothWaysWithinTwoSeconds)
     ASSERT_TRUE(unit->plug());
     ManualClock clock;
 
-    const int starts = rounds();
+    const int set = qEnvironmentVariableIntValue("ORVAN_SOAK_ROUNDS");
+    const int starts = set > 0 ? set : kDefaultRounds;
     int misses = 0;
     std::chrono::milliseconds slowest{0};
     for (int round = 0; round < starts; ++round) {

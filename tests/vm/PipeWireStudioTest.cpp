@@ -15,7 +15,6 @@
 
 #include <QUuid>
 #include <gtest/gtest.h>
-#include <iostream>
 
 using namespace std::chrono_literals;
 
@@ -67,10 +66,8 @@ bool reportsArrive(SimulatedUnit& unit, const OrvanMIDI& engine)
     constexpr int kTries = 20;
     for (int i = 0; i < kTries; ++i) {
         unit.play(QStringLiteral("b0 77 7f")); // channel 8 mute on
-        if (waitFor([&] { return engine.channels()[kChannels - 1].mute; }, 500ms)) {
-            std::cout << "the first report showed after " << i + 1 << " tries\n";
+        if (waitFor([&] { return engine.channels()[kChannels - 1].mute; }, 500ms))
             return true;
-        }
     }
     return false;
 }
@@ -139,13 +136,6 @@ std::string bytesOf(const std::vector<ReceivedMessage>& received, bool inAnyOrde
     return bytes.join(QStringLiteral(", ")).toStdString();
 }
 
-void report(const char* what, const Drive& d)
-{
-    std::cout << what << ": names seen: " << d.names.join(QStringLiteral(" | ")).toStdString() << "\n"
-              << what << ": the unit's port is read by: " << d.readers.join(QStringLiteral(", ")).toStdString()
-              << "\n";
-}
-
 /// How the bytes and pacing look on plain ALSA, in this same VM; driven once per run.
 const Drive& plainAlsa()
 {
@@ -176,11 +166,10 @@ TEST_F(PipeWireStudio, TheAppDrivesAUnitSeenTwiceOnceThroughTheKernelSequencer)
     // when the app's own MIDI system (ALSA, then JACK) drives it
     auto system = createLinuxMidiSystem();
     const Drive d = drive(*system, *unit, withPipeWireJack());
-    report("ALSA and JACK", d);
 
     // then JACK saw the bridged unit exactly when its library is PipeWire's, yet the unit was
     // driven through the sequencer alone: every message once, in the bytes and pacing of plain ALSA
-    EXPECT_EQ(listsTheBridgedUnit(d.names), withPipeWireJack());
+    EXPECT_EQ(listsTheBridgedUnit(d.names), withPipeWireJack()) << d.names.join(QStringLiteral(" | ")).toStdString();
     EXPECT_EQ(d.readers.join(QStringLiteral(", ")).toStdString(), "OrvanRCU-Orvan");
     EXPECT_EQ(bytesOf(d.received), bytesOf(plain.received));
     expectPaced(d.received, 4ms);
@@ -197,7 +186,6 @@ TEST_F(PipeWireStudio, AUnitOnlyInTheGraphIsFoundThereAndDrivenOnce)
     // when only JACK looks, so the unit is reachable only through PipeWire's bridge
     JackMidiSystem jack;
     const Drive d = drive(jack, *unit);
-    report("JACK alone", d);
 
     // then the bridge carries it, every message once; its cycles may hold a message back one
     // period, and under load it was seen to swap two neighbours 12 ms apart (always different
