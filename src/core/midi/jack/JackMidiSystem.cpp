@@ -16,8 +16,10 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <future>
 #include <pthread.h>
 #include <set>
+#include <string>
 #include <thread>
 #include <type_traits>
 #include <unistd.h>
@@ -39,6 +41,11 @@ constexpr jack_nframes_t kConnectionCycles = 2;
 constexpr auto kThreadEndLimit = std::chrono::seconds(2);
 constexpr auto kThreadEndLook = std::chrono::milliseconds(5);
 constexpr auto kUnknownThreadGrace = std::chrono::milliseconds(100);
+// How long closing one client waits for each sibling to hear of it, and how long the app's exit
+// waits for all closes (see ~JackMidiSystem).
+constexpr auto kSiblingHearLimit = std::chrono::milliseconds(250);
+constexpr auto kSiblingHearLook = std::chrono::milliseconds(2);
+constexpr auto kExitCloseLimit = std::chrono::seconds(3);
 
 /// An outgoing message and the frame it is due at.
 struct OutgoingMessage {
@@ -98,10 +105,16 @@ struct JackMidiSystem::Client {
     std::atomic<bool> connectionGone{false}; // some connection in the graph went, perhaps ours
     std::atomic<quint64> dropped{0};
     std::atomic<pid_t> notifyThread{0}; // JACK's notification thread of this opening, once heard from
+    // Closing in turn (closeInTurn): the name JACK gave this opening, written by the worker before
+    // activation; and, while a sibling closes, that sibling's name and whether we heard it go.
+    std::string jackName;
+    std::atomic<const std::string*> awaitedGone{nullptr};
+    std::atomic<bool> heardGone{false};
     std::unique_ptr<MainThreadSignal> wake;
     std::unique_ptr<RetryBackoff> wiringRetry;
 
     // Main thread only.
+    JackMidiSystem* owner = nullptr; // none once the system is gone and this client left behind
     bool isLive = false;  // open, handed over, and its server not known to be gone
     QString outWanted;    // the destination our "Out" should be wired to
     bool outWired = false; // and whether it was, when last looked at
@@ -193,9 +206,16 @@ void onPortRegistration(jack_port_id_t, int, void* arg)
     notified(c, c->setupChanged);
 }
 
-void onClientRegistration(const char*, int, void* arg)
+void onClientRegistration(const char* name, int registered, void* arg)
 {
     auto* c = static_cast<Client*>(arg);
+    if (!registered) {
+        uncancellable([&] {
+            const std::string* awaited = c->awaitedGone.load(std::memory_order_acquire);
+            if (awaited && *awaited == name)
+                c->heardGone.store(true, std::memory_order_release);
+        });
+    }
     notified(c, c->setupChanged);
 }
 
@@ -254,8 +274,60 @@ void awaitThreadEnd(pid_t thread)
         std::this_thread::sleep_for(kThreadEndLook);
 }
 
+/// Worker thread: closes one client, then waits, a bounded time, until each open sibling heard it go.
+///
+/// JACK's client library takes one lock of the whole process for every notification it hands a
+/// client, before our callback runs. Closing a client cancels its notification thread wherever
+/// it is, then takes that same lock: a thread cancelled while it held it (busy with the news that
+/// a sibling closed just before went away) leaves the lock taken for good, and the close waits
+/// forever. The server tells of a client's going last of everything its close brings, and our
+/// callback runs once the lock is free again; so the next close waits for that. A server that
+/// went sends nothing: its clients are closed without this (see serverGone).
+void closeHeard(Client& closing, const std::vector<Client*>& siblings)
+{
+    std::vector<Client*> listening;
+    for (Client* s : siblings) {
+        if (s != &closing && s->handle && !s->serverGone.load(std::memory_order_acquire)) {
+            s->heardGone.store(false, std::memory_order_relaxed);
+            s->awaitedGone.store(&closing.jackName, std::memory_order_release);
+            listening.push_back(s);
+        }
+    }
+    closing.in = nullptr;
+    closing.out = nullptr;
+    jack_client_close(std::exchange(closing.handle, nullptr));
+    const auto allHeard = [&] {
+        return std::ranges::all_of(listening, [](Client* s) {
+            return s->heardGone.load(std::memory_order_acquire) || s->serverGone.load(std::memory_order_acquire);
+        });
+    };
+    for (auto waited = std::chrono::milliseconds(0); waited < kSiblingHearLimit && !allHeard(); waited += kSiblingHearLook)
+        std::this_thread::sleep_for(kSiblingHearLook);
+    for (Client* s : listening)
+        s->awaitedGone.store(nullptr, std::memory_order_release);
+}
+
+/// Worker thread: closes every open client, one after another. One whose server went is closed
+/// once its notification thread ended, as in JackMidiSystem::serverGone.
+void closeInTurn(const std::vector<Client*>& clients)
+{
+    for (Client* c : clients) {
+        if (!c->handle)
+            continue;
+        if (c->serverGone.load(std::memory_order_acquire)) {
+            awaitThreadEnd(c->notifyThread.load(std::memory_order_relaxed));
+            c->in = nullptr;
+            c->out = nullptr;
+            jack_client_close(std::exchange(c->handle, nullptr));
+        } else {
+            closeHeard(*c, clients);
+        }
+    }
+}
+
 /// Worker thread: opens one client with its ports and activates it; false when no server answers.
-bool openOnWorker(Client& c)
+/// `opened`: its siblings opened before it, which hear of it if it must be closed again.
+bool openOnWorker(Client& c, const std::vector<Client*>& opened)
 {
     jack_status_t status{};
     jack_client_t* handle = jack_client_open(c.name.toUtf8().constData(), JackNoStartServer, &status);
@@ -269,6 +341,8 @@ bool openOnWorker(Client& c)
     c.setupChanged = false;
     c.graphChanged = false;
     c.connectionGone = false;
+    c.awaitedGone = nullptr;
+    c.jackName = jack_get_client_name(handle);
     c.handle = handle;
 
     jack_set_process_callback(handle, onProcess, &c);
@@ -285,10 +359,7 @@ bool openOnWorker(Client& c)
         c.out = jack_port_register(handle, c.outName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
     if (jack_activate(handle) == 0)
         return true;
-    c.in = nullptr;
-    c.out = nullptr;
-    c.handle = nullptr;
-    jack_client_close(handle);
+    closeHeard(c, opened);
     return true; // the server answered; this client alone failed
 }
 
@@ -322,15 +393,32 @@ JackMidiSystem::~JackMidiSystem()
 {
     m_watch.reset();
     // Every client still open, handed over or not (an open may be under way), is closed by the
-    // worker after whatever it is doing; joining it means no JACK thread outlives this object.
-    m_worker->post([this] {
-        for (auto& c : m_clients) {
-            c->in = nullptr;
-            c->out = nullptr;
-            if (c->handle)
-                jack_client_close(std::exchange(c->handle, nullptr));
-        }
+    // worker after whatever it is doing. The task holds the clients, not this object, which may
+    // be gone before it ends.
+    std::vector<Client*> clients;
+    for (auto& c : m_clients) {
+        c->wiringRetry.reset(); // the scheduler's, main thread only
+        clients.push_back(c.get());
+    }
+    auto closed = std::make_shared<std::promise<void>>();
+    std::future<void> allClosed = closed->get_future();
+    m_worker->post([clients, closed] {
+        closeInTurn(clients);
+        closed->set_value();
     });
+    if (allClosed.wait_for(kExitCloseLimit) != std::future_status::ready) {
+        // A close stuck inside JACK's library for good (a lock it left taken) must not keep the
+        // app from ending, nor may anything a JACK thread can still touch be freed: the worker
+        // and the clients (ring buffers, wake signals) are left as they are, on purpose, and the
+        // process ends around them. Their wake signals no longer reach this object.
+        for (auto& c : m_clients) {
+            c->owner = nullptr;
+            (void)c.release();
+        }
+        (void)m_worker.release();
+        return;
+    }
+    // Joining the worker means no JACK thread outlives this object.
     m_worker.reset();
     for (auto& c : m_clients) {
         c->wake.reset();
@@ -386,7 +474,7 @@ void JackMidiSystem::startOpen()
         std::vector<Client*> opened;
         bool answered = false;
         for (Client* c : closed) {
-            if (!openOnWorker(*c))
+            if (!openOnWorker(*c, opened))
                 break; // no server: one failed attempt is enough for this round
             answered = true;
             if (c->handle)
@@ -485,7 +573,11 @@ MidiClientRef JackMidiSystem::createClient(const QString& name, NotifyCallback n
     jack_ringbuffer_mlock(c->incoming);
     jack_ringbuffer_mlock(c->outgoing);
     Client* raw = c.get();
-    c->wake = std::make_unique<MainThreadSignal>([this, raw] { onWake(*raw); });
+    c->owner = this;
+    c->wake = std::make_unique<MainThreadSignal>([raw] {
+        if (raw->owner)
+            raw->owner->onWake(*raw);
+    });
     c->wiringRetry = std::make_unique<RetryBackoff>(m_scheduler, [this, raw] { retryWiring(*raw); });
     m_clients.push_back(std::move(c));
     requestOpen();
