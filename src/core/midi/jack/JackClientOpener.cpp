@@ -67,8 +67,9 @@ void closeHeard(JackClient& closing, const std::vector<JackClient*>& siblings)
         s->awaitedGone.store(nullptr, std::memory_order_release);
 }
 
-} // namespace
-
+/// Opens one client and activates it. False when no server answers; true when one did, with
+/// the client open (its handle set) or refused. `opened`: its siblings opened before it, which
+/// hear of it if it must be closed again.
 bool open(JackClient& c, const std::vector<JackClient*>& opened)
 {
     jack_status_t status{};
@@ -95,6 +96,31 @@ bool open(JackClient& c, const std::vector<JackClient*>& opened)
         return true;
     closeHeard(c, opened);
     return true; // the server answered; this client alone failed
+}
+
+} // namespace
+
+OpenRound openInTurn(const std::vector<JackClient*>& closed, const std::vector<JackClient*>& live)
+{
+    // JACK's client library, asked to open a client while it knows the server went, deletes every
+    // client still open by itself; our close of one of them afterwards would crash the app (seen
+    // in soaks of server stops, once in about a hundred). So no client opens while one of ours
+    // has heard its server go and is not closed yet: the main thread has it closed first. (The
+    // library learns of the death a moment before our shutdown callback runs; that moment stays.)
+    const auto serverWent = [](const std::vector<JackClient*>& clients) {
+        return std::ranges::any_of(clients, [](JackClient* c) { return c->serverGone.load(std::memory_order_acquire); });
+    };
+    OpenRound round;
+    for (JackClient* c : closed) {
+        if (serverWent(live) || serverWent(round.opened))
+            break;
+        if (!open(*c, round.opened))
+            break; // no server: one failed attempt is enough for this round
+        round.answered = true;
+        if (c->handle)
+            round.opened.push_back(c);
+    }
+    return round;
 }
 
 void closeInTurn(const std::vector<JackClient*>& clients)

@@ -14,10 +14,16 @@ class SerialWorker;
 /// waiting on a killed client): made on the worker thread only, never on the main thread.
 namespace JackClientOpener {
 
-/// Opens `client` with the ports it wants, hands JACK its callbacks and activates it. False when
-/// no server answers; true when one did, with the client open (its handle set) or refused.
-/// `opened`: its siblings opened before it, which hear of it if it must be closed again.
-bool open(JackClient& client, const std::vector<JackClient*>& opened);
+/// What a round of opening came to.
+struct OpenRound {
+    std::vector<JackClient*> opened; ///< open and active, handles set
+    bool answered = false;           ///< a server answered (it may have refused a client)
+};
+
+/// Opens the clients `closed` one after another, each with the ports it wants, its callbacks,
+/// activated. Stops at the first that finds no server, and as soon as the server of any client
+/// of `live` (open and handed over) or of this round went: see the .cpp.
+OpenRound openInTurn(const std::vector<JackClient*>& closed, const std::vector<JackClient*>& live);
 
 /// Closes every open client of `clients`, one after another (see the .cpp for why in turn).
 void closeInTurn(const std::vector<JackClient*>& clients);

@@ -101,25 +101,16 @@ void JackMidiSystem::startOpen()
     if (m_opening)
         return; // handOver looks again for clients that were left out
     std::vector<JackClient*> closed;
-    for (auto& c : m_table.clients()) {
-        if (!c->isLive)
-            closed.push_back(c.get());
-    }
+    std::vector<JackClient*> live; // closed on the worker only after this round: safe to look at there
+    for (auto& c : m_table.clients())
+        (c->isLive ? live : closed).push_back(c.get());
     if (closed.empty())
         return;
     m_opening = true;
-    m_worker->post([this, closed] {
-        std::vector<JackClient*> opened;
-        bool answered = false;
-        for (JackClient* c : closed) {
-            if (!JackClientOpener::open(*c, opened))
-                break; // no server: one failed attempt is enough for this round
-            answered = true;
-            if (c->handle)
-                opened.push_back(c);
-        }
+    m_worker->post([this, closed, live] {
+        const JackClientOpener::OpenRound round = JackClientOpener::openInTurn(closed, live);
         QMetaObject::invokeMethod(
-            &m_context, [this, closed, opened, answered] { handOver(closed, opened, answered); }, Qt::QueuedConnection);
+            &m_context, [this, closed, round] { handOver(closed, round.opened, round.answered); }, Qt::QueuedConnection);
     });
 }
 
