@@ -97,6 +97,7 @@ void OrvanMIDI::connect()
         }
         return best;
     };
+    m_system.refresh();
     const Found source = findByName(m_system.sourceCount(), [this](int i) { return m_system.source(i); });
     const Found destination = findByName(m_system.destinationCount(), [this](int i) { return m_system.destination(i); });
     const UnitNameMatch kind = std::max(source.match, destination.match);

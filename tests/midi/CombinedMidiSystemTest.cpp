@@ -25,6 +25,7 @@ public:
         return inner.createInputPort(c, n, std::move(r));
     }
     MidiPortRef createOutputPort(MidiClientRef c, const QString& n) override { return inner.createOutputPort(c, n); }
+    void refresh() override { inner.refresh(); }
     int sourceCount() const override { return inner.sourceCount(); }
     MidiEndpointRef source(int i) const override { return inner.source(i); }
     int destinationCount() const override { return inner.destinationCount(); }

@@ -92,6 +92,28 @@ TEST_F(JackIntegrationTest, AnEventCarryingSeveralMessagesAppliesEveryControlCha
     EXPECT_EQ(engine.channels(), expected);
 }
 
+TEST_F(JackIntegrationTest, TheAppEndsWithinSecondsEvenWhenClosingItsClientsNeverEnds)
+{
+    // given the app's three clients open on a server that then stops answering, as a close stuck
+    // for good inside JACK's library does
+    JackTestServer server(QStringLiteral("exit"));
+    ASSERT_TRUE(server.start());
+    auto system = std::make_unique<JackMidiSystem>();
+    for (const DeviceSpec& spec : Catalogue::all())
+        system->createClient(QStringLiteral("OrvanRCU-") + spec.title, {});
+    ASSERT_TRUE(waitFor([&] { return system->isOpen(); }));
+    server.pause(true);
+
+    // when the app ends
+    const auto began = std::chrono::steady_clock::now();
+    system.reset();
+    const auto took = std::chrono::steady_clock::now() - began;
+
+    // then it ends after a bounded wait, and the clients left behind close once the server answers
+    server.pause(false);
+    EXPECT_LT(took, std::chrono::seconds(4));
+}
+
 class JackServerLifecycleTest : public JackIntegrationTest, public testing::WithParamInterface<int> {};
 
 TEST_P(JackServerLifecycleTest, AServerThatStartsLateStopsAndStartsAgainIsFoundEachTimeWithItsUnit)

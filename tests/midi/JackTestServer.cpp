@@ -85,4 +85,10 @@ void JackTestServer::stop(int signal)
     }
 }
 
+void JackTestServer::pause(bool paused)
+{
+    if (m_jackd.state() == QProcess::Running)
+        ::kill(pid_t(m_jackd.processId()), paused ? SIGSTOP : SIGCONT);
+}
+
 } // namespace orvan::test

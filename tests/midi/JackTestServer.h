@@ -25,6 +25,8 @@ public:
     bool start(bool probe = true);
     /// Ends jackd with `signal` (SIGTERM: an orderly stop; SIGKILL: it dies, leaving its socket).
     void stop(int signal = SIGTERM);
+    /// Stops jackd where it is (SIGSTOP), or lets it go on (SIGCONT): a server that no longer answers.
+    void pause(bool paused);
 
 private:
     QString m_name;

@@ -2,6 +2,7 @@
 
 #include "JackTestServer.h"
 #include "UnitRig.h"
+#include "midi/CombinedMidiSystem.h"
 #include "midi/jack/JackMidiSystem.h"
 
 namespace orvan::test {
@@ -19,7 +20,8 @@ inline std::unique_ptr<SimulatedUnit> jackUnit(const QString& displayName)
                                            framesToTime);
 }
 
-/// A private jackd on the dummy driver: the app on JackMidiSystem, units as orvan-unit-sim (one
+/// A private jackd on the dummy driver: the app on JackMidiSystem, reached through the
+/// CombinedMidiSystem the app always puts in front of it; units as orvan-unit-sim (one
 /// client named like the unit, ports "out" and "in" carrying its name), time stamps in JACK
 /// frames turned into microseconds.
 class JackUnitRig final : public UnitRig {
@@ -27,7 +29,12 @@ public:
     /// Starts the server. False if it did not come up.
     bool start() { return m_server.start(); }
 
-    std::unique_ptr<MidiSystem> createSystem() override { return std::make_unique<JackMidiSystem>(); }
+    std::unique_ptr<MidiSystem> createSystem() override
+    {
+        std::vector<std::unique_ptr<MidiSystem>> jackAlone;
+        jackAlone.push_back(std::make_unique<JackMidiSystem>());
+        return std::make_unique<CombinedMidiSystem>(std::move(jackAlone));
+    }
     std::unique_ptr<SimulatedUnit> unit(const QString& displayName) override { return jackUnit(displayName); }
     /// What leaves in one cycle arrives stamped at the start of the next: up to a period late.
     std::chrono::microseconds stampError() const override { return framesToTime(m_server.periodFrames()); }

@@ -66,6 +66,7 @@ QStringList sequencerReadersOf(const QString& unitName)
 QStringList endpointNames(MidiSystem& system)
 {
     QStringList names;
+    system.refresh();
     for (int i = 0, n = system.sourceCount(); i < n; ++i)
         names << QStringLiteral("source: ") + system.displayName(system.source(i)).value_or(QStringLiteral("(none)"));
     for (int i = 0, n = system.destinationCount(); i < n; ++i)

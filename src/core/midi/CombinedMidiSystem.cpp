@@ -49,26 +49,7 @@ MidiPortRef CombinedMidiSystem::createOutputPort(MidiClientRef client, const QSt
 
 // --- Enumeration ------------------------------------------------------------------------------
 
-MidiEndpointRef CombinedMidiSystem::outerRef(std::size_t system, MidiEndpointRef inner) const
-{
-    const Inner key{system, inner};
-    const auto it = m_outerByInner.find(key);
-    if (it != m_outerByInner.end())
-        return it->second;
-    m_innerByOuter.push_back(key);
-    const auto ref = MidiEndpointRef(m_innerByOuter.size());
-    m_outerByInner.emplace(key, ref);
-    return ref;
-}
-
-std::optional<CombinedMidiSystem::Inner> CombinedMidiSystem::inner(MidiEndpointRef outer) const
-{
-    if (outer == 0 || outer > m_innerByOuter.size())
-        return std::nullopt;
-    return m_innerByOuter[outer - 1];
-}
-
-void CombinedMidiSystem::snapshot(bool sources) const
+void CombinedMidiSystem::snapshot(bool sources)
 {
     auto& list = sources ? m_sources : m_destinations;
     list.clear();
@@ -78,36 +59,22 @@ void CombinedMidiSystem::snapshot(bool sources) const
         for (int k = 0; k < count; ++k) {
             const MidiEndpointRef ref = sources ? system.source(k) : system.destination(k);
             if (ref != 0)
-                list.push_back(outerRef(i, ref));
+                list.push_back(m_refs.refFor({i, ref}));
         }
     }
 }
 
-int CombinedMidiSystem::sourceCount() const
+void CombinedMidiSystem::refresh()
 {
+    for (auto& system : m_systems)
+        system->refresh();
     snapshot(true);
-    return int(m_sources.size());
-}
-
-MidiEndpointRef CombinedMidiSystem::source(int index) const
-{
-    return index >= 0 && index < int(m_sources.size()) ? m_sources[std::size_t(index)] : 0;
-}
-
-int CombinedMidiSystem::destinationCount() const
-{
     snapshot(false);
-    return int(m_destinations.size());
-}
-
-MidiEndpointRef CombinedMidiSystem::destination(int index) const
-{
-    return index >= 0 && index < int(m_destinations.size()) ? m_destinations[std::size_t(index)] : 0;
 }
 
 std::optional<QString> CombinedMidiSystem::displayName(MidiEndpointRef endpoint) const
 {
-    const auto e = inner(endpoint);
+    const auto e = m_refs.keyOf(endpoint);
     return e ? m_systems[e->first]->displayName(e->second) : std::nullopt;
 }
 
@@ -147,7 +114,7 @@ void CombinedMidiSystem::flushDetaches()
 
 void CombinedMidiSystem::attach(MidiPortRef inPort, MidiEndpointRef source)
 {
-    const auto e = inner(source);
+    const auto e = m_refs.keyOf(source);
     const auto port = m_ports.find(inPort);
     if (e && port != m_ports.end() && port->second[e->first] != 0)
         m_systems[e->first]->connectSource(port->second[e->first], e->second);
@@ -155,7 +122,7 @@ void CombinedMidiSystem::attach(MidiPortRef inPort, MidiEndpointRef source)
 
 void CombinedMidiSystem::detach(MidiPortRef inPort, MidiEndpointRef source)
 {
-    const auto e = inner(source);
+    const auto e = m_refs.keyOf(source);
     const auto port = m_ports.find(inPort);
     if (e && port != m_ports.end() && port->second[e->first] != 0)
         m_systems[e->first]->disconnectSource(port->second[e->first], e->second);
@@ -169,7 +136,7 @@ void CombinedMidiSystem::start()
 
 bool CombinedMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
 {
-    const auto e = inner(destination);
+    const auto e = m_refs.keyOf(destination);
     const auto port = m_ports.find(outPort);
     return e && port != m_ports.end() && port->second[e->first] != 0
         && m_systems[e->first]->connectDestination(port->second[e->first], e->second);
@@ -177,7 +144,7 @@ bool CombinedMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef
 
 void CombinedMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word)
 {
-    const auto e = inner(destination);
+    const auto e = m_refs.keyOf(destination);
     const auto port = m_ports.find(outPort);
     if (e && port != m_ports.end() && port->second[e->first] != 0)
         m_systems[e->first]->send(port->second[e->first], e->second, word);

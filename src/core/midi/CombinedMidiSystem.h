@@ -1,6 +1,7 @@
 #pragma once
 
-#include "MidiSystem.h"
+#include "MidiEndpointRefs.h"
+#include "ListingMidiSystem.h"
 
 #include <QObject>
 #include <map>
@@ -16,10 +17,12 @@ namespace orvan {
 /// name wherever it appears. A system that creates nothing adds nothing.
 ///
 /// Detaching a source is deferred to a task posted on the main loop and cancelled when the same
-/// source is attached again before it runs (attaching an attached source is harmless). The engine detaches and re-attaches its source on
-/// every rescan, and the real systems drop whatever arrives while a connection is down; this way
-/// a rescan caused by some other device never loses a report from a unit that stays.
-class CombinedMidiSystem final : public MidiSystem {
+/// source is attached again before it runs (attaching an attached source is harmless). The engine
+/// detaches and re-attaches its source on every rescan, and the real systems drop whatever
+/// arrives while a connection is down (JACK would run a cycle or more without it); this way a
+/// rescan caused by some other device never loses a report from a unit that stays. The member
+/// systems detach at once: this is the one place that holds detaches back.
+class CombinedMidiSystem final : public ListingMidiSystem {
 public:
     explicit CombinedMidiSystem(std::vector<std::unique_ptr<MidiSystem>> systems);
     ~CombinedMidiSystem() override;
@@ -27,10 +30,7 @@ public:
     MidiClientRef createClient(const QString& name, NotifyCallback notify) override;
     MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
     MidiPortRef createOutputPort(MidiClientRef client, const QString& name) override;
-    int sourceCount() const override;
-    MidiEndpointRef source(int index) const override;
-    int destinationCount() const override;
-    MidiEndpointRef destination(int index) const override;
+    void refresh() override;
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) override;
@@ -43,9 +43,7 @@ private:
     using Inner = std::pair<std::size_t, MidiEndpointRef>;
     using PerSystem = std::vector<quint32>; // one handle per member system, 0 = none
 
-    MidiEndpointRef outerRef(std::size_t system, MidiEndpointRef inner) const;
-    std::optional<Inner> inner(MidiEndpointRef outer) const;
-    void snapshot(bool sources) const;
+    void snapshot(bool sources);
     void attach(MidiPortRef inPort, MidiEndpointRef source);
     void detach(MidiPortRef inPort, MidiEndpointRef source);
     void flushDetaches();
@@ -55,11 +53,7 @@ private:
     std::map<quint32, PerSystem> m_ports;
     quint32 m_nextHandle = 1;
 
-    // Refs are handed out on first sight and stay bound to one member endpoint.
-    mutable std::map<Inner, MidiEndpointRef> m_outerByInner;
-    mutable std::vector<Inner> m_innerByOuter; // outer ref = index + 1
-    mutable std::vector<MidiEndpointRef> m_sources;
-    mutable std::vector<MidiEndpointRef> m_destinations;
+    MidiEndpointRefs<Inner> m_refs; // each ref stays bound to one member endpoint
 
     std::set<std::pair<MidiPortRef, MidiEndpointRef>> m_attached;
     std::set<std::pair<MidiPortRef, MidiEndpointRef>> m_pendingDetach;

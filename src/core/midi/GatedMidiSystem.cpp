@@ -62,6 +62,12 @@ MidiPortRef GatedMidiSystem::real(MidiPortRef port) const
     return port == 0 || port > m_ports.size() ? 0 : m_ports[port - 1].real;
 }
 
+void GatedMidiSystem::refresh()
+{
+    if (m_system)
+        m_system->refresh();
+}
+
 int GatedMidiSystem::sourceCount() const { return m_system ? m_system->sourceCount() : 0; }
 MidiEndpointRef GatedMidiSystem::source(int index) const { return m_system ? m_system->source(index) : 0; }
 int GatedMidiSystem::destinationCount() const { return m_system ? m_system->destinationCount() : 0; }

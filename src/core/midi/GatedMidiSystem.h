@@ -22,6 +22,7 @@ public:
     MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
     MidiPortRef createOutputPort(MidiClientRef client, const QString& name) override;
 
+    void refresh() override;
     int sourceCount() const override;
     MidiEndpointRef source(int index) const override;
     int destinationCount() const override;

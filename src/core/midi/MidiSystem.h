@@ -31,6 +31,11 @@ public:
     virtual MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) = 0;
     virtual MidiPortRef createOutputPort(MidiClientRef client, const QString& name) = 0;
 
+    /// Lists the endpoints again, for the counts and indexes below to give; this is also where a
+    /// system that was missing (no server, no sequencer) is looked for again. Systems that always
+    /// list what is there now need nothing here.
+    virtual void refresh() {}
+    /// As the last refresh() found them.
     virtual int sourceCount() const = 0;
     virtual MidiEndpointRef source(int index) const = 0;
     virtual int destinationCount() const = 0;

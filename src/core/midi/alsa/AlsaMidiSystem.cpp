@@ -36,15 +36,7 @@ constexpr snd_seq_addr_t addressOf(MidiEndpointRef ref)
 
 } // namespace
 
-struct AlsaMidiSystem::Client {
-    QString name;
-    NotifyCallback notify;
-    ReceiveCallback receive;
-    QString inName;
-    QString outName;
-    bool wantsIn = false;
-    bool wantsOut = false;
-
+struct AlsaMidiSystem::Client : MidiClientWish {
     snd_seq_t* seq = nullptr;
     int inPort = kNoPort;
     int outPort = kNoPort;
@@ -59,7 +51,7 @@ AlsaMidiSystem::AlsaMidiSystem()
 
 AlsaMidiSystem::~AlsaMidiSystem()
 {
-    for (auto& c : m_clients) {
+    for (auto& c : m_table.clients()) {
         c->notifiers.clear();
         if (c->seq)
             snd_seq_close(c->seq);
@@ -68,17 +60,17 @@ AlsaMidiSystem::~AlsaMidiSystem()
 
 bool AlsaMidiSystem::isOpen() const
 {
-    return std::ranges::any_of(m_clients, [](const auto& c) { return c->seq != nullptr; });
+    return std::ranges::any_of(m_table.clients(), [](const auto& c) { return c->seq != nullptr; });
 }
 
 // --- Opening ----------------------------------------------------------------------------------
 
 void AlsaMidiSystem::openMissing()
 {
-    const bool anyMissing = std::ranges::any_of(m_clients, [](const auto& c) { return c->seq == nullptr; });
+    const bool anyMissing = std::ranges::any_of(m_table.clients(), [](const auto& c) { return c->seq == nullptr; });
     if (!anyMissing || ::access(kSequencerDevice, F_OK) != 0)
         return;
-    for (auto& c : m_clients) {
+    for (auto& c : m_table.clients()) {
         if (!c->seq)
             open(*c);
     }
@@ -133,44 +125,33 @@ MidiClientRef AlsaMidiSystem::createClient(const QString& name, NotifyCallback n
     auto c = std::make_unique<Client>();
     c->name = name;
     c->notify = std::move(notify);
-    m_clients.push_back(std::move(c));
+    Client& added = *c;
+    const MidiClientRef ref = m_table.addClient(std::move(c));
     if (::access(kSequencerDevice, F_OK) == 0)
-        open(*m_clients.back());
-    return MidiClientRef(m_clients.size());
+        open(added);
+    return ref;
 }
 
 MidiPortRef AlsaMidiSystem::createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive)
 {
-    if (client == 0 || client > m_clients.size())
-        return 0;
-    Client& c = *m_clients[client - 1];
-    c.wantsIn = true;
-    c.inName = name;
-    c.receive = std::move(receive);
-    openPorts(c);
-    m_ports[m_nextPort] = {client, true};
-    return m_nextPort++;
+    const auto [c, port] = m_table.addPort(client, name, true, std::move(receive));
+    if (c)
+        openPorts(*c);
+    return port;
 }
 
 MidiPortRef AlsaMidiSystem::createOutputPort(MidiClientRef client, const QString& name)
 {
-    if (client == 0 || client > m_clients.size())
-        return 0;
-    Client& c = *m_clients[client - 1];
-    c.wantsOut = true;
-    c.outName = name;
-    openPorts(c);
-    m_ports[m_nextPort] = {client, false};
-    return m_nextPort++;
+    const auto [c, port] = m_table.addPort(client, name, false);
+    if (c)
+        openPorts(*c);
+    return port;
 }
 
 AlsaMidiSystem::Client* AlsaMidiSystem::clientOf(MidiPortRef port, bool isInput) const
 {
-    const auto it = m_ports.find(port);
-    if (it == m_ports.end() || it->second.isInput != isInput)
-        return nullptr;
-    Client* c = m_clients[it->second.client - 1].get();
-    return c->seq ? c : nullptr;
+    Client* c = m_table.clientOf(port, isInput);
+    return c && c->seq ? c : nullptr;
 }
 
 // --- Incoming (main thread, from the socket notifier) -----------------------------------------
@@ -202,8 +183,8 @@ void AlsaMidiSystem::readEvents(Client& c)
 std::vector<AlsaPort> AlsaMidiSystem::listPorts() const
 {
     std::vector<AlsaPort> ports;
-    const auto it = std::ranges::find_if(m_clients, [](const auto& c) { return c->seq != nullptr; });
-    if (it == m_clients.end())
+    const auto it = std::ranges::find_if(m_table.clients(), [](const auto& c) { return c->seq != nullptr; });
+    if (it == m_table.clients().end())
         return ports;
     snd_seq_t* seq = (*it)->seq;
 
@@ -228,9 +209,6 @@ std::vector<AlsaPort> AlsaMidiSystem::listPorts() const
 
 void AlsaMidiSystem::snapshot(MidiDirection direction)
 {
-    // Sources are listed first in every rescan: one look there is enough.
-    if (direction == MidiDirection::source)
-        openMissing();
     auto& list = direction == MidiDirection::source ? m_sources : m_destinations;
     list.clear();
     for (const AlsaEndpoint& e : alsaEndpoints(listPorts(), direction)) {
@@ -240,27 +218,12 @@ void AlsaMidiSystem::snapshot(MidiDirection direction)
     }
 }
 
-int AlsaMidiSystem::sourceCount() const
+void AlsaMidiSystem::refresh()
 {
-    // Enumeration is where an absent sequencer gets looked for again.
-    const_cast<AlsaMidiSystem*>(this)->snapshot(MidiDirection::source);
-    return int(m_sources.size());
-}
-
-MidiEndpointRef AlsaMidiSystem::source(int index) const
-{
-    return index >= 0 && index < int(m_sources.size()) ? m_sources[std::size_t(index)] : 0;
-}
-
-int AlsaMidiSystem::destinationCount() const
-{
-    const_cast<AlsaMidiSystem*>(this)->snapshot(MidiDirection::destination);
-    return int(m_destinations.size());
-}
-
-MidiEndpointRef AlsaMidiSystem::destination(int index) const
-{
-    return index >= 0 && index < int(m_destinations.size()) ? m_destinations[std::size_t(index)] : 0;
+    // Where an absent sequencer gets looked for again.
+    openMissing();
+    snapshot(MidiDirection::source);
+    snapshot(MidiDirection::destination);
 }
 
 std::optional<QString> AlsaMidiSystem::displayName(MidiEndpointRef endpoint) const
@@ -273,20 +236,21 @@ std::optional<QString> AlsaMidiSystem::displayName(MidiEndpointRef endpoint) con
 
 void AlsaMidiSystem::connectSource(MidiPortRef inPort, MidiEndpointRef source)
 {
-    Client* c = clientOf(inPort, true);
-    if (!c || c->inPort == kNoPort || source == 0)
-        return;
-    const snd_seq_addr_t a = addressOf(source);
-    snd_seq_connect_from(c->seq, c->inPort, a.client, a.port);
+    subscribe(inPort, source, true);
 }
 
 void AlsaMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source)
+{
+    subscribe(inPort, source, false);
+}
+
+void AlsaMidiSystem::subscribe(MidiPortRef inPort, MidiEndpointRef source, bool subscribed)
 {
     Client* c = clientOf(inPort, true);
     if (!c || c->inPort == kNoPort || source == 0)
         return;
     const snd_seq_addr_t a = addressOf(source);
-    snd_seq_disconnect_from(c->seq, c->inPort, a.client, a.port);
+    (subscribed ? snd_seq_connect_from : snd_seq_disconnect_from)(c->seq, c->inPort, a.client, a.port);
 }
 
 void AlsaMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word)

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "../MidiSystem.h"
+#include "../MidiPortTable.h"
+#include "../ListingMidiSystem.h"
 #include "AlsaPortListing.h"
 
 #include <map>
@@ -19,8 +20,8 @@ namespace orvan {
 /// library's error messages go nowhere.
 ///
 /// A client asked for while the sequencer is missing (no /dev/snd/seq) is remembered and opened by
-/// the next enumeration that finds the sequencer there; until then it costs one stat().
-class AlsaMidiSystem final : public MidiSystem {
+/// the next refresh() that finds the sequencer there; until then it costs one stat().
+class AlsaMidiSystem final : public ListingMidiSystem {
 public:
     AlsaMidiSystem();
     ~AlsaMidiSystem() override;
@@ -31,10 +32,7 @@ public:
     MidiClientRef createClient(const QString& name, NotifyCallback notify) override;
     MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
     MidiPortRef createOutputPort(MidiClientRef client, const QString& name) override;
-    int sourceCount() const override;
-    MidiEndpointRef source(int index) const override;
-    int destinationCount() const override;
-    MidiEndpointRef destination(int index) const override;
+    void refresh() override;
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) override;
@@ -42,10 +40,6 @@ public:
 
 private:
     struct Client;
-    struct PortRef {
-        MidiClientRef client;
-        bool isInput;
-    };
 
     void openMissing();
     void open(Client& client);
@@ -54,14 +48,11 @@ private:
     std::vector<AlsaPort> listPorts() const;
     void snapshot(MidiDirection direction);
     Client* clientOf(MidiPortRef port, bool isInput) const;
+    void subscribe(MidiPortRef inPort, MidiEndpointRef source, bool subscribed);
 
-    std::vector<std::unique_ptr<Client>> m_clients; // ref = index + 1
-    std::map<MidiPortRef, PortRef> m_ports;
-    MidiPortRef m_nextPort = 1;
+    MidiPortTable<Client> m_table;
 
-    // The last enumeration: endpoints by index, and the display names they had then.
-    std::vector<MidiEndpointRef> m_sources;
-    std::vector<MidiEndpointRef> m_destinations;
+    // The last refresh: endpoints by index, and the display names they had then.
     std::map<MidiEndpointRef, QString> m_names;
 };
 

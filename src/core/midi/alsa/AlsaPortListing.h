@@ -1,5 +1,7 @@
 #pragma once
 
+#include "../OwnClientName.h"
+
 #include <QString>
 #include <vector>
 
@@ -34,8 +36,5 @@ struct AlsaEndpoint {
 /// after its product, so a one-port unit reads "Orvan"); otherwise the port's name, prefixed by
 /// the client's name and a space unless it already starts with the client's name.
 std::vector<AlsaEndpoint> alsaEndpoints(const std::vector<AlsaPort>& ports, MidiDirection direction);
-
-/// Our own clients' names start with this.
-inline constexpr char kOwnClientPrefix[] = "OrvanRCU-";
 
 } // namespace orvan

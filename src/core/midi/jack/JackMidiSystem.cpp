@@ -1,300 +1,29 @@
 #include "JackMidiSystem.h"
 
-#include "../MainThreadSignal.h"
-#include "../MidiBytes.h"
-#include "../alsa/AlsaPortListing.h"
+#include "JackClient.h"
+#include "JackClientOpener.h"
+#include "JackPortListing.h"
 #include "JackServerWatch.h"
+#include "JackWiring.h"
 #include "SerialWorker.h"
 
-#include <jack/jack.h>
-#include <jack/metadata.h>
-#include <jack/midiport.h>
-#include <jack/ringbuffer.h>
-
-#include <QFileInfo>
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
 #include <csignal>
-#include <pthread.h>
-#include <set>
-#include <thread>
-#include <type_traits>
-#include <unistd.h>
 
 namespace orvan {
 
 namespace {
 
-constexpr std::size_t kWordSize = sizeof(quint32);
-// Incoming: a second of a 10,000 messages-per-second flood waits here if the main loop is busy.
-constexpr std::size_t kIncomingWords = std::size_t(1) << 16;
-// Outgoing: far more than a whole unit's state, sent in one go.
-constexpr std::size_t kOutgoingWords = std::size_t(1) << 12;
-constexpr jack_nframes_t kFirstFrame = 0;
 // Cycles after which a connection just made is surely in the graph the process callback runs in.
 constexpr jack_nframes_t kConnectionCycles = 2;
-// How long a client whose server went may take to end its notification thread, and how often the
-// worker looks. A thread we never heard from gets the shortest wait.
-constexpr auto kThreadEndLimit = std::chrono::seconds(2);
-constexpr auto kThreadEndLook = std::chrono::milliseconds(5);
-constexpr auto kUnknownThreadGrace = std::chrono::milliseconds(100);
-
-/// An outgoing message and the frame it is due at.
-struct OutgoingMessage {
-    quint32 word;
-    jack_nframes_t due;
-};
+// How long the end waits for the worker to close every client (see ~JackMidiSystem).
+constexpr auto kExitCloseLimit = std::chrono::seconds(3);
 
 void silent(const char*) {}
 
-QString ownClientPrefix()
-{
-    return QLatin1String(kOwnClientPrefix);
-}
-
-/// JACK ends a client's threads with asynchronous cancellation when the client closes: at any
-/// instruction. Cut inside our code, the unwinding would meet a noexcept frame (the eventfd write,
-/// the MIDI parser) and abort the app ("terminate called without an active exception"), or leave
-/// a ring buffer write half done. So each callback holds cancellation off while it runs; one that
-/// came meanwhile acts as the callback returns, in a frame that may be unwound (never restore it
-/// from a destructor: those are noexcept).
-template <typename Body>
-auto uncancellable(Body body)
-{
-    int previous = PTHREAD_CANCEL_ENABLE;
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &previous);
-    if constexpr (std::is_void_v<decltype(body())>) {
-        body();
-        pthread_setcancelstate(previous, nullptr);
-    } else {
-        const auto result = body();
-        pthread_setcancelstate(previous, nullptr);
-        return result;
-    }
-}
-
-} // namespace
-
-struct JackMidiSystem::Client {
-    QString name;
-    NotifyCallback notify;
-    ReceiveCallback receive;
-    QString inName;
-    QString outName;
-    bool wantsIn = false;
-    bool wantsOut = false;
-
-    // Written by the worker while it opens the client, before activation; read by the process
-    // callback, and by the main thread once the client is handed over (isLive).
-    jack_client_t* handle = nullptr;
-    std::atomic<jack_port_t*> in{nullptr};
-    std::atomic<jack_port_t*> out{nullptr};
-    jack_ringbuffer_t* incoming = nullptr;
-    jack_ringbuffer_t* outgoing = nullptr;
-    std::atomic<bool> setupChanged{false};
-    std::atomic<bool> serverGone{false};
-    std::atomic<bool> graphChanged{false};
-    std::atomic<bool> connectionGone{false}; // some connection in the graph went, perhaps ours
-    std::atomic<quint64> dropped{0};
-    std::atomic<pid_t> notifyThread{0}; // JACK's notification thread of this opening, once heard from
-    std::unique_ptr<MainThreadSignal> wake;
-    std::unique_ptr<RetryBackoff> wiringRetry;
-
-    // Main thread only.
-    bool isLive = false;  // open, handed over, and its server not known to be gone
-    QString outWanted;    // the destination our "Out" should be wired to
-    bool outWired = false; // and whether it was, when last looked at
-    // Sources whose client was not yet active when we attached; retried when the graph changes.
-    std::set<QString> pendingAttach;
-    // Sources to detach once the rescan that asked for it is over, unless it attached them again.
-    std::set<QString> pendingDetach;
-    std::vector<quint32> words; // reused between wakes
-};
-
-namespace {
-
-using Client = JackMidiSystem::Client;
-
-// --- JACK's real-time thread: ring buffers and one eventfd write only. --------------------------
-
-int processCycle(jack_nframes_t frames, Client* c)
-{
-    if (jack_port_t* in = c->in.load(std::memory_order_acquire)) {
-        void* buffer = jack_port_get_buffer(in, frames);
-        const jack_nframes_t count = jack_midi_get_event_count(buffer);
-        bool received = false;
-        for (jack_nframes_t i = 0; i < count; ++i) {
-            jack_midi_event_t event;
-            if (jack_midi_event_get(&event, buffer, i) != 0)
-                continue;
-            // One event may carry several messages (running status, realtime bytes, SysEx).
-            MidiBytes::forEachControlChange(std::span<const quint8>(event.buffer, event.size), [&](quint32 word) {
-                if (jack_ringbuffer_write_space(c->incoming) < kWordSize) {
-                    c->dropped.fetch_add(1, std::memory_order_relaxed);
-                    return;
-                }
-                jack_ringbuffer_write(c->incoming, reinterpret_cast<const char*>(&word), kWordSize);
-                received = true;
-            });
-        }
-        if (received)
-            c->wake->raise();
-    }
-
-    if (jack_port_t* out = c->out.load(std::memory_order_acquire)) {
-        void* buffer = jack_port_get_buffer(out, frames);
-        jack_midi_clear_buffer(buffer);
-        const jack_nframes_t cycleStart = jack_last_frame_time(c->handle);
-        jack_nframes_t lastOffset = kFirstFrame;
-        while (jack_ringbuffer_read_space(c->outgoing) >= sizeof(OutgoingMessage)) {
-            OutgoingMessage message{};
-            jack_ringbuffer_peek(c->outgoing, reinterpret_cast<char*>(&message), sizeof message);
-            // Each message leaves a fixed delay after it was sent, at its own frame: the delay
-            // covers a newly wired connection, and being the same for every message it keeps
-            // the pacing the main thread gave them. A late one goes at once, in order.
-            const auto ahead = qint32(message.due - cycleStart);
-            if (ahead >= qint32(frames))
-                break;
-            const jack_nframes_t offset = std::max<jack_nframes_t>(lastOffset, jack_nframes_t(std::max(ahead, 0)));
-            MidiBytes::Message bytes{};
-            const std::size_t size = MidiBytes::toBytes(message.word, bytes);
-            // A full port buffer leaves the rest for the next cycle.
-            if (size > 0 && jack_midi_event_write(buffer, offset, bytes.data(), size) != 0)
-                break;
-            lastOffset = offset;
-            jack_ringbuffer_read_advance(c->outgoing, sizeof message);
-        }
-    }
-    return 0;
-}
-
-int onProcess(jack_nframes_t frames, void* arg)
-{
-    return uncancellable([&] { return processCycle(frames, static_cast<Client*>(arg)); });
-}
-
-// --- JACK's notification thread: flag and wake only. --------------------------------------------
-
-/// Raises `flag` and wakes the main thread; remembers which thread JACK notifies this client on.
-void notified(Client* c, std::atomic<bool>& flag)
-{
-    uncancellable([&] {
-        if (c->notifyThread.load(std::memory_order_relaxed) == 0)
-            c->notifyThread.store(::gettid(), std::memory_order_relaxed);
-        flag.store(true, std::memory_order_release);
-        c->wake->raise();
-    });
-}
-
-void onPortRegistration(jack_port_id_t, int, void* arg)
-{
-    auto* c = static_cast<Client*>(arg);
-    notified(c, c->setupChanged);
-}
-
-void onClientRegistration(const char*, int, void* arg)
-{
-    auto* c = static_cast<Client*>(arg);
-    notified(c, c->setupChanged);
-}
-
-void onPortRename(jack_port_id_t, const char*, const char*, void* arg)
-{
-    auto* c = static_cast<Client*>(arg);
-    notified(c, c->setupChanged);
-}
-
-void onPropertyChange(jack_uuid_t, const char*, jack_property_change_t, void* arg)
-{
-    auto* c = static_cast<Client*>(arg);
-    notified(c, c->setupChanged);
-}
-
-// A client's activation reorders the graph; only then can a port it registered before be connected.
-int onGraphOrder(void* arg)
-{
-    auto* c = static_cast<Client*>(arg);
-    notified(c, c->graphChanged);
-    return 0;
-}
-
-// Whose connection went is not worth finding out here: disconnections are rare, and the main
-// thread looks at our own wiring once for any of them.
-void onPortConnect(jack_port_id_t, jack_port_id_t, int connected, void* arg)
-{
-    auto* c = static_cast<Client*>(arg);
-    if (!connected)
-        notified(c, c->connectionGone);
-}
-
-// On the notification thread or on the process thread, whichever notices first; so it does not
-// tell which thread notifies.
-void onShutdown(void* arg)
-{
-    auto* c = static_cast<Client*>(arg);
-    // Nothing may call into the client from here: the main thread stops using it and the
-    // worker closes it.
-    uncancellable([c] {
-        c->serverGone.store(true, std::memory_order_release);
-        c->wake->raise();
-    });
-}
-
-/// Worker thread: waits, a bounded time, for a thread of this process to have ended.
-void awaitThreadEnd(pid_t thread)
-{
-    if (thread == 0) {
-        std::this_thread::sleep_for(kUnknownThreadGrace);
-        return;
-    }
-    const QString task = QStringLiteral("/proc/self/task/%1").arg(thread);
-    for (auto waited = std::chrono::milliseconds(0); waited < kThreadEndLimit && QFileInfo::exists(task);
-         waited += kThreadEndLook)
-        std::this_thread::sleep_for(kThreadEndLook);
-}
-
-/// Worker thread: opens one client with its ports and activates it; false when no server answers.
-bool openOnWorker(Client& c)
-{
-    jack_status_t status{};
-    jack_client_t* handle = jack_client_open(c.name.toUtf8().constData(), JackNoStartServer, &status);
-    if (!handle)
-        return false;
-    // Nothing else reads these until the client is activated and handed over.
-    jack_ringbuffer_reset(c.incoming);
-    jack_ringbuffer_reset(c.outgoing);
-    c.serverGone = false;
-    c.notifyThread = 0;
-    c.setupChanged = false;
-    c.graphChanged = false;
-    c.connectionGone = false;
-    c.handle = handle;
-
-    jack_set_process_callback(handle, onProcess, &c);
-    jack_set_port_registration_callback(handle, onPortRegistration, &c);
-    jack_set_client_registration_callback(handle, onClientRegistration, &c);
-    jack_set_port_rename_callback(handle, onPortRename, &c);
-    jack_set_property_change_callback(handle, onPropertyChange, &c);
-    jack_set_graph_order_callback(handle, onGraphOrder, &c);
-    jack_set_port_connect_callback(handle, onPortConnect, &c);
-    jack_on_shutdown(handle, onShutdown, &c);
-    if (c.wantsIn)
-        c.in = jack_port_register(handle, c.inName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
-    if (c.wantsOut)
-        c.out = jack_port_register(handle, c.outName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
-    if (jack_activate(handle) == 0)
-        return true;
-    c.in = nullptr;
-    c.out = nullptr;
-    c.handle = nullptr;
-    jack_client_close(handle);
-    return true; // the server answered; this client alone failed
-}
-
 /// Main thread: whether calls may go to the client. A server gone is taken as gone from the
 /// moment the shutdown callback ran, before the main thread has heard of it.
-bool isUsable(const Client& c)
+bool isUsable(const JackClient& c)
 {
     return c.isLive && !c.serverGone.load(std::memory_order_acquire);
 }
@@ -322,34 +51,31 @@ JackMidiSystem::~JackMidiSystem()
 {
     m_watch.reset();
     // Every client still open, handed over or not (an open may be under way), is closed by the
-    // worker after whatever it is doing; joining it means no JACK thread outlives this object.
-    m_worker->post([this] {
-        for (auto& c : m_clients) {
-            c->in = nullptr;
-            c->out = nullptr;
-            if (c->handle)
-                jack_client_close(std::exchange(c->handle, nullptr));
-        }
-    });
-    m_worker.reset();
-    for (auto& c : m_clients) {
-        c->wake.reset();
-        jack_ringbuffer_free(c->incoming);
-        jack_ringbuffer_free(c->outgoing);
+    // worker after whatever it is doing.
+    std::vector<JackClient*> clients;
+    for (auto& c : m_table.clients()) {
+        c->wiringRetry.reset(); // the scheduler's, main thread only
+        clients.push_back(c.get());
     }
+    if (!JackClientOpener::closeAllWithin(*m_worker, clients, kExitCloseLimit)) {
+        // A close stuck inside JACK's library for good (a lock it left taken) must not keep the
+        // app from ending, nor may anything a JACK thread can still touch be freed: the worker
+        // and the clients (ring buffers, wake signals) are left as they are, on purpose, and the
+        // process ends around them. Their wake signals no longer reach this object.
+        for (auto& c : m_table.clients()) {
+            c->owner = nullptr;
+            (void)c.release();
+        }
+        (void)m_worker.release();
+        return;
+    }
+    // Joined: no JACK thread outlives this object, and the clients go with the table.
+    m_worker.reset();
 }
 
 bool JackMidiSystem::isOpen() const
 {
-    return openClient() != nullptr;
-}
-
-quint64 JackMidiSystem::droppedReports() const
-{
-    quint64 total = 0;
-    for (const auto& c : m_clients)
-        total += c->dropped.load(std::memory_order_relaxed);
-    return total;
+    return anyOpenClient() != nullptr;
 }
 
 // --- Opening and closing (main thread; the blocking calls on the worker) ----------------------
@@ -374,30 +100,21 @@ void JackMidiSystem::startOpen()
     m_openPosted = false;
     if (m_opening)
         return; // handOver looks again for clients that were left out
-    std::vector<Client*> closed;
-    for (auto& c : m_clients) {
-        if (!c->isLive)
-            closed.push_back(c.get());
-    }
+    std::vector<JackClient*> closed;
+    std::vector<JackClient*> live; // closed on the worker only after this round: safe to look at there
+    for (auto& c : m_table.clients())
+        (c->isLive ? live : closed).push_back(c.get());
     if (closed.empty())
         return;
     m_opening = true;
-    m_worker->post([this, closed] {
-        std::vector<Client*> opened;
-        bool answered = false;
-        for (Client* c : closed) {
-            if (!openOnWorker(*c))
-                break; // no server: one failed attempt is enough for this round
-            answered = true;
-            if (c->handle)
-                opened.push_back(c);
-        }
+    m_worker->post([this, closed, live] {
+        const JackClientOpener::OpenRound round = JackClientOpener::openInTurn(closed, live);
         QMetaObject::invokeMethod(
-            &m_context, [this, closed, opened, answered] { handOver(closed, opened, answered); }, Qt::QueuedConnection);
+            &m_context, [this, closed, round] { handOver(closed, round.opened, round.answered); }, Qt::QueuedConnection);
     });
 }
 
-void JackMidiSystem::handOver(const std::vector<Client*>& tried, const std::vector<Client*>& opened, bool answered)
+void JackMidiSystem::handOver(const std::vector<JackClient*>& tried, const std::vector<JackClient*>& opened, bool answered)
 {
     m_opening = false;
     // A server that answered but refused a client (its activation timed out while the server was
@@ -408,7 +125,7 @@ void JackMidiSystem::handOver(const std::vector<Client*>& tried, const std::vect
     else
         m_openRetry.succeeded();
     bool gone = false;
-    for (Client* c : opened) {
+    for (JackClient* c : opened) {
         c->isLive = true;
         gone = gone || c->serverGone.load(std::memory_order_acquire);
     }
@@ -417,12 +134,12 @@ void JackMidiSystem::handOver(const std::vector<Client*>& tried, const std::vect
         return;
     }
     // A client created while the worker was busy has not been tried yet.
-    const bool untried = std::ranges::any_of(m_clients, [&](const auto& c) {
+    const bool untried = std::ranges::any_of(m_table.clients(), [&](const auto& c) {
         return !c->isLive && std::ranges::find(tried, c.get()) == tried.end();
     });
     if (untried && !opened.empty())
         requestOpen();
-    for (Client* c : opened) {
+    for (JackClient* c : opened) {
         if (c->notify)
             c->notify(kMidiSetupChanged);
     }
@@ -432,30 +149,20 @@ void JackMidiSystem::serverGone()
 {
     // No call reaches these clients from here on but their closing, on the worker.
     std::vector<std::pair<jack_client_t*, pid_t>> handles;
-    std::vector<Client*> lost;
-    for (auto& c : m_clients) {
+    std::vector<JackClient*> lost;
+    for (auto& c : m_table.clients()) {
         if (!c->isLive)
             continue;
         c->isLive = false;
         c->in = nullptr;
         c->out = nullptr;
         c->pendingAttach.clear();
-        c->pendingDetach.clear();
         c->wiringRetry->succeeded(); // nothing left to wire
         handles.emplace_back(std::exchange(c->handle, nullptr), c->notifyThread.load(std::memory_order_relaxed));
         lost.push_back(c.get());
     }
-    m_worker->post([handles] {
-        // JACK's notification thread leaves through its error reporting (strerror, which takes a
-        // C library lock the first time); cancelled there by the closing, it would keep the lock
-        // for good, and the next error reported (our next open, with the server still down) would
-        // wait forever. So each is closed once that thread has ended.
-        for (const auto& [handle, notifyThread] : handles) {
-            awaitThreadEnd(notifyThread);
-            jack_client_close(handle);
-        }
-    });
-    for (Client* c : lost) {
+    m_worker->post([handles] { JackClientOpener::closeAfterServerGone(handles); });
+    for (JackClient* c : lost) {
         if (c->notify)
             c->notify(kMidiSetupChanged);
     }
@@ -464,77 +171,53 @@ void JackMidiSystem::serverGone()
     requestOpen();
 }
 
-void JackMidiSystem::openPorts(Client& c)
-{
-    if (!c.isLive)
-        return; // the worker registers them when it opens the client
-    if (c.wantsIn && !c.in)
-        c.in = jack_port_register(c.handle, c.inName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
-    if (c.wantsOut && !c.out)
-        c.out = jack_port_register(c.handle, c.outName.toUtf8().constData(), JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
-}
-
 MidiClientRef JackMidiSystem::createClient(const QString& name, NotifyCallback notify)
 {
-    auto c = std::make_unique<Client>();
-    c->name = name;
-    c->notify = std::move(notify);
-    c->incoming = jack_ringbuffer_create(kIncomingWords * kWordSize);
-    c->outgoing = jack_ringbuffer_create(kOutgoingWords * sizeof(OutgoingMessage));
-    // Locked in memory so the real-time thread never waits on a page fault.
-    jack_ringbuffer_mlock(c->incoming);
-    jack_ringbuffer_mlock(c->outgoing);
-    Client* raw = c.get();
-    c->wake = std::make_unique<MainThreadSignal>([this, raw] { onWake(*raw); });
+    auto c = std::make_unique<JackClient>(name, std::move(notify));
+    JackClient* raw = c.get();
+    c->owner = this;
+    c->wake = std::make_unique<MainThreadSignal>([raw] {
+        if (raw->owner)
+            raw->owner->onWake(*raw);
+    });
     c->wiringRetry = std::make_unique<RetryBackoff>(m_scheduler, [this, raw] { retryWiring(*raw); });
-    m_clients.push_back(std::move(c));
+    const MidiClientRef ref = m_table.addClient(std::move(c));
     requestOpen();
-    return MidiClientRef(m_clients.size());
+    return ref;
 }
 
 MidiPortRef JackMidiSystem::createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive)
 {
-    if (client == 0 || client > m_clients.size())
-        return 0;
-    Client& c = *m_clients[client - 1];
-    c.wantsIn = true;
-    c.inName = name;
-    c.receive = std::move(receive);
-    openPorts(c);
-    m_ports[m_nextPort] = {client, true};
-    return m_nextPort++;
+    const auto [c, port] = m_table.addPort(client, name, true, std::move(receive));
+    // Not yet live: the worker registers it when it opens the client.
+    if (c && c->isLive)
+        c->registerPorts();
+    return port;
 }
 
 MidiPortRef JackMidiSystem::createOutputPort(MidiClientRef client, const QString& name)
 {
-    if (client == 0 || client > m_clients.size())
-        return 0;
-    Client& c = *m_clients[client - 1];
-    c.wantsOut = true;
-    c.outName = name;
-    openPorts(c);
-    m_ports[m_nextPort] = {client, false};
-    return m_nextPort++;
+    const auto [c, port] = m_table.addPort(client, name, false);
+    if (c && c->isLive)
+        c->registerPorts();
+    return port;
 }
 
-JackMidiSystem::Client* JackMidiSystem::openClient() const
+JackClient* JackMidiSystem::anyOpenClient() const
 {
-    const auto it = std::ranges::find_if(m_clients, [](const auto& c) { return isUsable(*c); });
-    return it == m_clients.end() ? nullptr : it->get();
+    const auto it = std::ranges::find_if(m_table.clients(), [](const auto& c) { return isUsable(*c); });
+    return it == m_table.clients().end() ? nullptr : it->get();
 }
 
-JackMidiSystem::Client* JackMidiSystem::clientOf(MidiPortRef port, bool isInput) const
+JackClient* JackMidiSystem::clientOf(MidiPortRef port, bool isInput) const
 {
-    const auto it = m_ports.find(port);
-    if (it == m_ports.end() || it->second.isInput != isInput)
-        return nullptr;
-    Client* c = m_clients[it->second.client - 1].get();
-    return isUsable(*c) ? c : nullptr;
+    JackClient* c = m_table.clientOf(port, isInput);
+    return c && isUsable(*c) ? c : nullptr;
 }
 
 // --- Main thread, woken by the process or notification callbacks ------------------------------
 
-void JackMidiSystem::onWake(Client& c)
+void JackMidiSystem::onWake(JackClient& c)
 {
     // A client being opened, or already given up, is not ours to look at; the hand-over announces
     // the setup anyway.
@@ -548,54 +231,34 @@ void JackMidiSystem::onWake(Client& c)
     const bool graphChanged = c.graphChanged.exchange(false, std::memory_order_acq_rel);
     const bool connectionGone = c.connectionGone.exchange(false, std::memory_order_acq_rel);
     if (graphChanged || connectionGone || changed)
-        retryAttach(c);
+        JackWiring::retryAttach(c);
     // A destination that could not be wired before (its client not yet active) now can: the
     // engine hears of it as a setup change, and only then takes the unit as present. A wired Out
     // is looked at again only when a connection went: looking is itself a graph change (see
     // wireOut), so doing it on every graph change would never end. A setup change has the
     // engine rescan, which looks anyway.
     const bool wasWired = c.outWired;
-    if (((graphChanged && !wasWired) || connectionGone) && wireOut(c) && !wasWired && !c.outWanted.isEmpty())
+    if (((graphChanged && !wasWired) || connectionGone) && JackWiring::wireOut(c) && !wasWired && !c.outWanted.isEmpty())
         changed = true;
 
-    c.words.clear();
-    while (jack_ringbuffer_read_space(c.incoming) >= kWordSize) {
-        quint32 word = 0;
-        jack_ringbuffer_read(c.incoming, reinterpret_cast<char*>(&word), kWordSize);
-        c.words.push_back(word);
-    }
+    c.takeIncoming();
     if (!c.words.empty() && c.receive)
         c.receive(c.words);
     if (changed && c.notify)
         c.notify(kMidiSetupChanged);
 }
 
-bool JackMidiSystem::attach(Client& c, const QString& source)
-{
-    const int result = jack_connect(c.handle, source.toUtf8().constData(), jack_port_name(c.in));
-    return result == 0 || result == EEXIST;
-}
-
-void JackMidiSystem::retryAttach(Client& c)
-{
-    if (!c.in)
-        return;
-    std::erase_if(c.pendingAttach, [&](const QString& source) {
-        return !jack_port_by_name(c.handle, source.toUtf8().constData()) || attach(c, source);
-    });
-}
-
-void JackMidiSystem::retryWiring(Client& c)
+void JackMidiSystem::retryWiring(JackClient& c)
 {
     if (!isUsable(c))
         return; // a client opened again announces itself
-    retryAttach(c);
+    JackWiring::retryAttach(c);
     const bool outMissing = !c.outWanted.isEmpty() && !c.outWired
         && jack_port_by_name(c.handle, c.outWanted.toUtf8().constData());
     bool done = c.pendingAttach.empty();
     if (outMissing) {
         // The engine takes the unit as present only once our Out reaches it: tell it.
-        if (wireOut(c) && c.notify)
+        if (JackWiring::wireOut(c) && c.notify)
             c.notify(kMidiSetupChanged);
         done = done && c.outWired;
     }
@@ -608,102 +271,48 @@ void JackMidiSystem::retryWiring(Client& c)
 
 // --- Enumeration ------------------------------------------------------------------------------
 
-MidiEndpointRef JackMidiSystem::refFor(const QString& fullName)
-{
-    const auto it = m_refByName.find(fullName);
-    if (it != m_refByName.end())
-        return it->second;
-    m_nameByRef.push_back(fullName);
-    const auto ref = MidiEndpointRef(m_nameByRef.size());
-    m_refByName.emplace(fullName, ref);
-    return ref;
-}
-
 QString JackMidiSystem::nameOf(MidiEndpointRef ref) const
 {
-    return ref >= 1 && ref <= m_nameByRef.size() ? m_nameByRef[ref - 1] : QString();
+    return m_refs.keyOf(ref).value_or(QString());
 }
 
-void JackMidiSystem::snapshot(bool sources)
+void JackMidiSystem::refresh()
 {
-    auto& list = sources ? m_sources : m_destinations;
-    list.clear();
-    Client* c = openClient();
+    m_sources.clear();
+    m_destinations.clear();
+    JackClient* c = anyOpenClient();
     if (!c) {
-        // A rescan is also where a server that is not watched for (another socket folder, or a
-        // server that stayed up while only our clients were refused) gets tried again.
+        // Also where a server that is not watched for (another socket folder, or a server that
+        // stayed up while only our clients were refused) gets tried again.
         requestOpen();
         return;
     }
-    // A unit's source sends to us: its port is an output; its destination is an input.
-    const char** names = jack_get_ports(c->handle, nullptr, JACK_DEFAULT_MIDI_TYPE,
-                                        sources ? JackPortIsOutput : JackPortIsInput);
-    if (!names)
-        return;
-    for (const char** n = names; *n; ++n) {
-        const QString name = QString::fromUtf8(*n);
-        if (!name.startsWith(ownClientPrefix()))
-            list.push_back(refFor(name));
-    }
-    jack_free(names);
-}
-
-int JackMidiSystem::sourceCount() const
-{
-    // Enumeration is where a server that was absent gets looked for again.
-    const_cast<JackMidiSystem*>(this)->snapshot(true);
-    return int(m_sources.size());
-}
-
-MidiEndpointRef JackMidiSystem::source(int index) const
-{
-    return index >= 0 && index < int(m_sources.size()) ? m_sources[std::size_t(index)] : 0;
-}
-
-int JackMidiSystem::destinationCount() const
-{
-    const_cast<JackMidiSystem*>(this)->snapshot(false);
-    return int(m_destinations.size());
-}
-
-MidiEndpointRef JackMidiSystem::destination(int index) const
-{
-    return index >= 0 && index < int(m_destinations.size()) ? m_destinations[std::size_t(index)] : 0;
+    for (const QString& name : JackPortListing::portNames(c->handle, true))
+        m_sources.push_back(m_refs.refFor(name));
+    for (const QString& name : JackPortListing::portNames(c->handle, false))
+        m_destinations.push_back(m_refs.refFor(name));
 }
 
 std::optional<QString> JackMidiSystem::displayName(MidiEndpointRef endpoint) const
 {
-    Client* c = openClient();
+    JackClient* c = anyOpenClient();
     const QString name = nameOf(endpoint);
     if (!c || name.isEmpty())
         return std::nullopt;
-    jack_port_t* port = jack_port_by_name(c->handle, name.toUtf8().constData());
-    if (!port)
-        return std::nullopt;
-
-    char* value = nullptr;
-    char* type = nullptr;
-    if (jack_get_property(jack_port_uuid(port), JACK_METADATA_PRETTY_NAME, &value, &type) == 0 && value) {
-        const QString pretty = QString::fromUtf8(value);
-        jack_free(value);
-        jack_free(type);
-        return pretty;
-    }
-    return QString::fromUtf8(jack_port_short_name(port));
+    return JackPortListing::displayName(c->handle, name);
 }
 
 // --- Connections and sending ------------------------------------------------------------------
 
 void JackMidiSystem::connectSource(MidiPortRef inPort, MidiEndpointRef source)
 {
-    Client* c = clientOf(inPort, true);
+    JackClient* c = clientOf(inPort, true);
     const QString name = nameOf(source);
     if (!c || !c->in || name.isEmpty())
         return;
-    c->pendingDetach.erase(name); // a rescan that finds the same source again: the link never went down
     // A client that registered its ports before activating refuses connections until it is
     // active; the attach is then retried on the next graph change.
-    if (attach(*c, name)) {
+    if (JackWiring::attach(*c, name)) {
         c->pendingAttach.erase(name);
     } else {
         c->pendingAttach.insert(name);
@@ -713,77 +322,29 @@ void JackMidiSystem::connectSource(MidiPortRef inPort, MidiEndpointRef source)
 
 void JackMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source)
 {
-    Client* c = clientOf(inPort, true);
+    JackClient* c = clientOf(inPort, true);
     const QString name = nameOf(source);
     if (!c || !c->in || name.isEmpty())
         return;
     c->pendingAttach.erase(name);
-    // The engine detaches its source and attaches it again on every rescan. Done at once, JACK
-    // would run a cycle or more without the connection and a unit that stays would lose every
-    // report it sent meanwhile; so the detach waits for the rescan to end, and an attach of the
-    // same source before then cancels it.
-    c->pendingDetach.insert(name);
-    if (std::exchange(m_detachPosted, true))
-        return;
-    QMetaObject::invokeMethod(&m_context, [this] { flushDetaches(); }, Qt::QueuedConnection);
-}
-
-void JackMidiSystem::flushDetaches()
-{
-    m_detachPosted = false;
-    for (auto& c : m_clients) {
-        const std::set<QString> names = std::exchange(c->pendingDetach, {});
-        if (!isUsable(*c) || !c->in)
-            continue;
-        for (const QString& name : names)
-            jack_disconnect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
-    }
+    jack_disconnect(c->handle, name.toUtf8().constData(), jack_port_name(c->in));
 }
 
 bool JackMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
 {
-    Client* c = clientOf(outPort, false);
+    JackClient* c = clientOf(outPort, false);
     const QString name = nameOf(destination);
     if (!c || name.isEmpty())
         return false;
-    if (aimOut(*c, name))
+    if (JackWiring::aimOut(*c, name))
         return true;
     c->wiringRetry->failed();
     return false;
 }
 
-bool JackMidiSystem::aimOut(Client& c, const QString& destination)
-{
-    // Only one destination at a time: the previous one, if we wired it, goes.
-    if (c.outWanted != destination && !c.outWanted.isEmpty() && c.out)
-        jack_disconnect(c.handle, jack_port_name(c.out), c.outWanted.toUtf8().constData());
-    c.outWanted = destination;
-    return wireOut(c);
-}
-
-bool JackMidiSystem::wireOut(Client& c)
-{
-    c.outWired = false;
-    jack_port_t* out = c.out;
-    if (c.outWanted.isEmpty() || !out)
-        return false;
-    const QByteArray target = c.outWanted.toUtf8();
-    if (!jack_port_by_name(c.handle, target.constData()))
-        return false;
-    // The wiring JACK reports, not the one we remember: a unit that went and came back under the
-    // same name has a new port, and JACK dropped our connection with the old one. JACK is asked
-    // by connecting, which it answers at once, EEXIST when the connection stands (and which it
-    // counts as a graph change all the same). Its own questions about connections sleep a whole
-    // cycle whenever any graph change is pending, which the main loop must not do in the middle
-    // of a flood of reports.
-    // A unit whose client is not active yet refuses; the next graph change tries again.
-    const int result = jack_connect(c.handle, jack_port_name(out), target.constData());
-    return c.outWired = result == 0 || result == EEXIST;
-}
-
 void JackMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word)
 {
-    Client* c = clientOf(outPort, false);
+    JackClient* c = clientOf(outPort, false);
     const QString name = nameOf(destination);
     if (!c || !c->out || name.isEmpty())
         return;
@@ -793,10 +354,8 @@ void JackMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quin
     // went and is not yet looked at (the unit left and came back) is looked at here, before the
     // message is queued.
     if (c->outWanted != name || !c->outWired || c->connectionGone.load(std::memory_order_acquire))
-        aimOut(*c, name);
-    const OutgoingMessage message{word, jack_frame_time(c->handle) + kConnectionCycles * jack_get_buffer_size(c->handle)};
-    if (jack_ringbuffer_write_space(c->outgoing) >= sizeof message)
-        jack_ringbuffer_write(c->outgoing, reinterpret_cast<const char*>(&message), sizeof message);
+        JackWiring::aimOut(*c, name);
+    c->queueOutgoing({word, jack_frame_time(c->handle) + kConnectionCycles * jack_get_buffer_size(c->handle)});
 }
 
 } // namespace orvan

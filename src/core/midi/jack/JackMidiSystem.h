@@ -1,11 +1,12 @@
 #pragma once
 
 #include "../../time/SystemClock.h"
-#include "../MidiSystem.h"
+#include "../MidiEndpointRefs.h"
+#include "../MidiPortTable.h"
+#include "../ListingMidiSystem.h"
 #include "RetryBackoff.h"
 
 #include <QObject>
-#include <map>
 #include <memory>
 #include <vector>
 
@@ -13,6 +14,7 @@ namespace orvan {
 
 class JackServerWatch;
 class SerialWorker;
+struct JackClient;
 
 /// JACK behind the MIDI system seam. Never starts a server (JackNoStartServer).
 ///
@@ -31,7 +33,7 @@ class SerialWorker;
 /// and the worker closes them, before any new client opens (JACK's client library keeps one set
 /// of per-server globals, rebuilt only once every client of the old server is closed). A server
 /// that starts later or again is noticed by a JackServerWatch and opened with no user action; a
-/// rescan with no server open also tries once.
+/// refresh() with no server open also tries once.
 ///
 /// A wiring that JACK refuses (a client not yet active, a server busy clearing a killed client) is
 /// tried again on the next graph change and, in case none comes, by a RetryBackoff; so is a
@@ -42,13 +44,16 @@ class SerialWorker;
 /// whose server went is closed only once its notification thread has ended by itself: cancelled
 /// on its way out through JACK's error reporting, it would leave a C library lock taken for good.
 ///
-/// The engine detaches and attaches its source again on every rescan; detaching waits for the
-/// rescan to end, so a unit that stays never loses its connection. No call on the main thread
-/// waits for JACK's next cycle (JACK's questions about connections do while a graph change is
-/// pending): whether our Out is wired is asked by connecting, and only when it may have changed.
+/// A detach is done at once: the app reaches this system through CombinedMidiSystem, which holds
+/// a rescan's detaches back until the rescan is over. No call on the main thread waits for
+/// JACK's next cycle (see JackWiring): whether our Out is wired is asked by connecting, and only
+/// when it may have changed.
+///
+/// Closing at the end happens in turn, each client once its siblings heard the previous one go,
+/// and waits at most a few seconds (see the destructor).
 ///
 /// Display name of a port: its JACK_METADATA_PRETTY_NAME when set, else its short name.
-class JackMidiSystem final : public MidiSystem {
+class JackMidiSystem final : public ListingMidiSystem {
 public:
     /// With `waitForStart`, nothing opens before start(): opening clients makes the server and its
     /// real-time threads busy, which a window drawing its first frame on a small machine feels.
@@ -57,16 +62,11 @@ public:
 
     /// Whether any client is open on a server and in use by the main thread.
     bool isOpen() const;
-    /// Incoming reports dropped because the main thread fell a whole ring buffer behind.
-    quint64 droppedReports() const;
 
     MidiClientRef createClient(const QString& name, NotifyCallback notify) override;
     MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
     MidiPortRef createOutputPort(MidiClientRef client, const QString& name) override;
-    int sourceCount() const override;
-    MidiEndpointRef source(int index) const override;
-    int destinationCount() const override;
-    MidiEndpointRef destination(int index) const override;
+    void refresh() override;
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) override;
@@ -74,46 +74,25 @@ public:
     void start() override;
     void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) override;
 
-    struct Client; // public for the C callbacks only
-
 private:
-    struct PortRef {
-        MidiClientRef client;
-        bool isInput;
-    };
-
     void requestOpen();
     void startOpen();
-    void handOver(const std::vector<Client*>& tried, const std::vector<Client*>& opened, bool answered);
+    void handOver(const std::vector<JackClient*>& tried, const std::vector<JackClient*>& opened, bool answered);
     void serverGone();
-    void openPorts(Client& client);
-    void onWake(Client& client);
-    bool attach(Client& client, const QString& source);
-    void retryAttach(Client& client);
-    void retryWiring(Client& client);
-    void flushDetaches();
-    bool aimOut(Client& client, const QString& destination);
-    bool wireOut(Client& client);
-    void snapshot(bool sources);
-    Client* openClient() const;
-    Client* clientOf(MidiPortRef port, bool isInput) const;
-    MidiEndpointRef refFor(const QString& fullName);
+    void onWake(JackClient& client);
+    void retryWiring(JackClient& client);
+    JackClient* anyOpenClient() const;
+    JackClient* clientOf(MidiPortRef port, bool isInput) const;
     QString nameOf(MidiEndpointRef ref) const;
 
-    std::vector<std::unique_ptr<Client>> m_clients; // ref = index + 1
-    std::map<MidiPortRef, PortRef> m_ports;
-    MidiPortRef m_nextPort = 1;
+    MidiPortTable<JackClient> m_table;
     Scheduler& m_scheduler;
     bool m_started;
     bool m_openPosted = false; // a start of opening is queued on the main loop
     bool m_opening = false;    // the worker is opening clients
-    bool m_detachPosted = false; // a flush of deferred detaches is queued on the main loop
 
     // Endpoints are known by full port name ("client:port"); a ref stays bound to one name.
-    std::map<QString, MidiEndpointRef> m_refByName;
-    std::vector<QString> m_nameByRef; // ref = index + 1
-    std::vector<MidiEndpointRef> m_sources;
-    std::vector<MidiEndpointRef> m_destinations;
+    MidiEndpointRefs<QString> m_refs;
 
     QObject m_context; // tasks posted to the main thread die with this object
     RetryBackoff m_openRetry;
