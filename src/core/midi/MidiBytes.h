@@ -16,12 +16,6 @@ inline constexpr std::size_t kMaxMessageSize = 3;
 
 using Message = std::array<quint8, kMaxMessageSize>;
 
-/// The ALSA system's spelling of `Midi::controlChangeWord`, channel first.
-inline quint32 controlChangeWord(int midiChannel, int controller, int value) noexcept
-{
-    return Midi::controlChangeWord(controller, value, midiChannel);
-}
-
 /// Calls `sink(word)` with the type-2 word of every complete Control Change in a byte stream, in
 /// order, and skips everything else: other channel messages, SysEx of any length, system common
 /// and realtime bytes (which may sit even between a Control Change's data bytes), and data with

@@ -1,6 +1,6 @@
 #include "AlsaEvents.h"
 
-#include "../MidiBytes.h"
+#include "../MidiVocabulary.h"
 
 #include <algorithm>
 #include <array>
@@ -8,11 +8,6 @@
 namespace orvan::AlsaEvents {
 
 namespace {
-
-constexpr int kMaxDataByte = 0x7F;
-constexpr quint8 kControlChange = 0xB0;
-constexpr quint8 kKindMask = 0xF0;
-constexpr quint8 kChannelMask = 0x0F;
 
 constexpr std::array<snd_seq_event_type_t, 7> kWantedTypes{
     SND_SEQ_EVENT_CONTROLLER,  SND_SEQ_EVENT_CLIENT_START, SND_SEQ_EVENT_CLIENT_EXIT,  SND_SEQ_EVENT_CLIENT_CHANGE,
@@ -26,9 +21,9 @@ std::optional<quint32> toUmpWord(const snd_seq_event_t& event)
     if (event.type != SND_SEQ_EVENT_CONTROLLER)
         return std::nullopt;
     const snd_seq_ev_ctrl_t& c = event.data.control;
-    if (c.param > unsigned(kMaxDataByte) || c.value < 0 || c.value > kMaxDataByte)
+    if (c.param > Midi::kDataMask || c.value < 0 || c.value > Midi::kDataMask)
         return std::nullopt;
-    return MidiBytes::controlChangeWord(c.channel, int(c.param), c.value);
+    return Midi::controlChangeWord(int(c.param), c.value, c.channel);
 }
 
 bool isSetupChange(const snd_seq_event_t& event)
@@ -43,12 +38,12 @@ std::span<const snd_seq_event_type_t> wantedTypes()
 
 std::optional<snd_seq_event_t> fromUmpWord(quint32 word)
 {
-    MidiBytes::Message bytes{};
-    if (MidiBytes::toBytes(word, bytes) != MidiBytes::kMaxMessageSize || (bytes[0] & kKindMask) != kControlChange)
+    const auto parts = Midi::partsOf(word);
+    if (!parts || !Midi::isChannelStatus(parts->status) || !parts->isControlChange())
         return std::nullopt;
     snd_seq_event_t event;
     snd_seq_ev_clear(&event);
-    snd_seq_ev_set_controller(&event, bytes[0] & kChannelMask, bytes[1], bytes[2]);
+    snd_seq_ev_set_controller(&event, Midi::channelOf(parts->status), parts->data1, parts->data2);
     return event;
 }
 
