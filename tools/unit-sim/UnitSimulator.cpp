@@ -1,6 +1,7 @@
 #include "UnitSimulator.h"
 
 #include "MidiStream.h"
+#include "midi/jack/Uncancellable.h"
 
 #include <jack/jack.h>
 #include <jack/metadata.h>
@@ -22,14 +23,15 @@ constexpr qint64 kMicrosecondsPerSecond = 1000000;
 constexpr quint32 kMillisecondsPerSecond = 1000;
 constexpr char kPrettyNameType[] = "text/plain";
 
+// Held off cancellation like the app's own callbacks: a server stop closes us at any instruction.
 int processCallback(jack_nframes_t frames, void* arg)
 {
-    return static_cast<UnitSimulator*>(arg)->process(frames);
+    return uncancellable([&] { return static_cast<UnitSimulator*>(arg)->process(frames); });
 }
 
 void shutdownCallback(void* arg)
 {
-    static_cast<UnitSimulator*>(arg)->serverGone();
+    uncancellable([&] { static_cast<UnitSimulator*>(arg)->serverGone(); });
 }
 
 } // namespace

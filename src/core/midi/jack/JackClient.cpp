@@ -1,11 +1,10 @@
 #include "JackClient.h"
+#include "Uncancellable.h"
 
 #include "../MidiBytes.h"
 
 #include <jack/metadata.h>
 #include <jack/midiport.h>
-#include <pthread.h>
-#include <type_traits>
 #include <unistd.h>
 
 namespace orvan {
@@ -18,27 +17,6 @@ constexpr std::size_t kIncomingWords = std::size_t(1) << 16;
 // Outgoing: far more than a whole unit's state, sent in one go.
 constexpr std::size_t kOutgoingWords = std::size_t(1) << 12;
 constexpr jack_nframes_t kFirstFrame = 0;
-
-/// JACK ends a client's threads with asynchronous cancellation when the client closes: at any
-/// instruction. Cut inside our code, the unwinding would meet a noexcept frame (the eventfd write,
-/// the MIDI parser) and abort the app ("terminate called without an active exception"), or leave
-/// a ring buffer write half done. So each callback holds cancellation off while it runs; one that
-/// came meanwhile acts as the callback returns, in a frame that may be unwound (never restore it
-/// from a destructor: those are noexcept).
-template <typename Body>
-auto uncancellable(Body body)
-{
-    int previous = PTHREAD_CANCEL_ENABLE;
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &previous);
-    if constexpr (std::is_void_v<decltype(body())>) {
-        body();
-        pthread_setcancelstate(previous, nullptr);
-    } else {
-        const auto result = body();
-        pthread_setcancelstate(previous, nullptr);
-        return result;
-    }
-}
 
 // --- JACK's real-time thread: ring buffers and one eventfd write only. --------------------------
 
