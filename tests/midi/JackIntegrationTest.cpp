@@ -8,9 +8,12 @@
 #include "midi/jack/JackMidiSystem.h"
 #include "time/ManualClock.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <atomic>
 #include <jack/midiport.h>
 #include <gtest/gtest.h>
+#include <thread>
 
 using namespace orvan;
 using namespace orvan::test;
@@ -90,6 +93,33 @@ TEST_F(JackIntegrationTest, AnEventCarryingSeveralMessagesAppliesEveryControlCha
     expected[1].gainValue = 10;
     expected[1].phantom = true;
     EXPECT_EQ(engine.channels(), expected);
+}
+
+TEST_F(JackIntegrationTest, AClientOpenedJustAfterTheServerDiedLeavesTheClientsStillOpenToUs)
+{
+    // given a client open on a server that dies: JACK's thread has reported it, the main loop
+    // has not yet run (JACK's library deletes every open client itself when another opens now)
+    JackTestServer server(QStringLiteral("stale"));
+    ASSERT_TRUE(server.start());
+    JackMidiSystem system;
+    system.createOutputPort(system.createClient(QStringLiteral("orvan-test-first"), {}), QStringLiteral("Out"));
+    ASSERT_TRUE(waitFor([&] { return system.isOpen(); }));
+    server.stop(SIGKILL);
+    const QDeadlineTimer deadline(std::chrono::seconds(10));
+    while (system.isOpen() && !deadline.hasExpired())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ASSERT_FALSE(system.isOpen());
+
+    // when a second client is opened in that moment (its start runs, the first one's shutdown not)
+    system.createInputPort(system.createClient(QStringLiteral("orvan-test-second"), {}), QStringLiteral("In"), {});
+    QCoreApplication::sendPostedEvents();
+
+    // then the first is closed once, by us, with no crash, and both open once the server is back
+    ASSERT_TRUE(server.start(false));
+    EXPECT_TRUE(waitFor([&] {
+        system.refresh();
+        return system.sourceCount() == 1 && system.destinationCount() == 1;
+    }));
 }
 
 TEST_F(JackIntegrationTest, TheAppEndsWithinSecondsEvenWhenClosingItsClientsNeverEnds)
