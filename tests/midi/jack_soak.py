@@ -2,7 +2,7 @@
 """Starts the real app again and again against a simulated Orvan on a private jackd (dummy driver),
 while other JACK clients come and go, and checks every start the way a user would notice it.
 
-Usage (inside with_atspi.sh):  jack_soak.py start|server-stop <orvanrcu> <orvan-unit-sim>
+Usage (inside with_atspi.sh):  jack_soak.py start|server-stop|server-flap <orvanrcu> <orvan-unit-sim>
 Rounds: ORVAN_SOAK_ROUNDS (default 30).
 
 start        each start links within 2 s of its window (the Orvan's status display, read over
@@ -14,8 +14,12 @@ start        each start links within 2 s of its window (the Orvan's status displ
 server-stop  jackd is stopped (SIGTERM or SIGKILL, in turn) at a random moment of the app's first
              3 s; the app must keep running (no abort), drop the link, and once the server and the
              unit are back find the unit again, both ways, with no user action.
+server-flap  as server-stop, but the server dies and starts again at once, four times in the app's
+             first seconds, with the unit coming back in the same instant: the app's JACK clients
+             go while others are still opening. Not in CI; run it by hand, on a private /dev/shm.
 
-Exits 1 on any miss, 77 (skip) where jackd or pyatspi is missing.
+Exits 1 on any miss, 77 (skip) where jackd or pyatspi is missing. An app that crashes leaves its
+core (with "ulimit -c unlimited") in its own folder under ORVAN_SOAK_TMP, named in the report.
 """
 import os
 import queue
@@ -24,6 +28,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 
@@ -40,8 +45,11 @@ REFIND_GUARD = 10.0     # seconds to find the unit after the server is back
 WINDOW_GUARD = 20.0     # only a guard: a start on a loaded machine
 DEAF_GUARD = 10.0       # a start not wired by then is taken as deaf
 STOP_WINDOW = 3.0       # the server is stopped at a random moment of the app's first 3 s
+FLAPS = 4               # server deaths per start in server-flap, each up to FLAP_GAP s after the last
+FLAP_GAP = 0.8
 EXIT_GUARD = 5.0        # seconds an app asked to end may take to close its JACK clients
 POLL = 0.03
+LSP_GUARD = 5.0         # seconds a jack_lsp may take before it is taken as stuck
 GAIN_CONTROLLER = 0x09  # channel 1 gain
 APP_IN, APP_OUT = "OrvanRCU-Orvan:In", "OrvanRCU-Orvan:Out"
 UNIT_IN, UNIT_OUT = "Orvan:in", "Orvan:out"
@@ -49,10 +57,20 @@ UNIT_IN, UNIT_OUT = "Orvan:in", "Orvan:out"
 ENV = dict(os.environ, JACK_DEFAULT_SERVER=SERVER, QT_QPA_PLATFORM="xcb")
 
 
+def jack_lsp(*args):
+    """jack_lsp's output, None when it fails. JACK's library at times deadlocks in a client's own
+    close (seen right after a server restart); a jack_lsp stuck there is killed, not waited for."""
+    try:
+        done = subprocess.run(["jack_lsp", *args], env=ENV, capture_output=True, text=True, timeout=LSP_GUARD)
+    except subprocess.TimeoutExpired:
+        return None
+    return done.stdout if done.returncode == 0 else None
+
+
 def connections():
     """Every (output, input) connection jack_lsp -c shows; app ports under a -NN client name
     (a name still held by a killed copy) count as the app's."""
-    out = subprocess.run(["jack_lsp", "-c"], env=ENV, capture_output=True, text=True).stdout
+    out = jack_lsp("-c") or ""
     pairs, port = set(), None
     for line in out.splitlines():
         if line.startswith(" "):
@@ -86,8 +104,7 @@ class Server:
                 self.jackd = subprocess.Popen(["jackd", "-n", SERVER, "-t", "100", "-d", "dummy", "-r", "48000",
                                                "-p", "256"], env=ENV, stdout=log, stderr=subprocess.STDOUT)
             # jack_wait looks only once a second; a client that opens tells at once.
-            up = wait_until(lambda: self.jackd.poll() is not None
-                            or subprocess.run(["jack_lsp"], env=ENV, capture_output=True).returncode == 0, 10)
+            up = wait_until(lambda: self.jackd.poll() is not None or jack_lsp() is not None, 10)
             if up and self.jackd.poll() is None:
                 return
             # Right after a stop, jackd at times takes the old one as still active: once more.
@@ -155,13 +172,7 @@ class Churn:
 
     def _run(self):
         while self.running:
-            # JACK's library can deadlock in its own close when the server goes at that moment; a
-            # stuck churn client is killed rather than left to hold up the soak.
-            try:
-                subprocess.run(["jack_lsp", "-c"], env=ENV, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                               timeout=10)
-            except subprocess.TimeoutExpired:
-                pass
+            jack_lsp("-c")
             time.sleep(random.uniform(0.2, 1.0))
 
     def stop(self):
@@ -171,8 +182,11 @@ class Churn:
 
 class App:
     def __init__(self, path):
-        self.log = open(os.path.join(os.environ.get("ORVAN_SOAK_TMP", "/tmp"), f"orvan-soak-{os.getpid()}.log"), "w+")
-        self.proc = subprocess.Popen([path], env=ENV, stdout=subprocess.DEVNULL, stderr=self.log)
+        # Its own working folder, where the kernel leaves a core if it crashes (run the soak with
+        # "ulimit -c unlimited" to get one).
+        self.folder = tempfile.mkdtemp(prefix="orvan-soak-app-", dir=os.environ.get("ORVAN_SOAK_TMP", "/tmp"))
+        self.log = open(os.path.join(self.folder, "stderr.log"), "w+")
+        self.proc = subprocess.Popen([path], env=ENV, cwd=self.folder, stdout=subprocess.DEVNULL, stderr=self.log)
         self.launched = time.monotonic()
         self._gain = None
         self._status = None
@@ -241,17 +255,28 @@ class App:
         try:
             self.proc.wait(timeout=EXIT_GUARD)
         except subprocess.TimeoutExpired:
-            self.proc.kill()
-            self.proc.wait()
+            # Aborted, so that a hung app leaves a core showing where it hangs.
+            self.proc.send_signal(signal.SIGABRT)
+            try:
+                self.proc.wait(timeout=EXIT_GUARD)
+            except subprocess.TimeoutExpired:
+                self.proc.kill()
+                self.proc.wait()
             hung = f"not ended properly: still running {EXIT_GUARD} s after {signal.Signals(sig).name}\n"
         if alive and not hung and sig == signal.SIGTERM and self.proc.returncode != 0:
             # Died of it instead of closing its JACK clients: each death of a JACK client keeps
             # locks in JACK's metadata store, which a few hundred exhaust for every client.
             hung = f"not ended properly: died of SIGTERM instead of closing its JACK clients ({self.proc.returncode})\n"
+        if not hung and self.proc.returncode < 0 and self.proc.returncode not in (-signal.SIGTERM, -signal.SIGKILL):
+            hung += f"died of {signal.Signals(-self.proc.returncode).name}\n"
         self.log.seek(0)
         text = hung + self.log.read()
         self.log.close()
-        os.unlink(self.log.name)
+        cores = [name for name in os.listdir(self.folder) if name.startswith("core")]
+        if cores:
+            text += f"core kept at {os.path.join(self.folder, cores[0])}\n"
+        else:
+            shutil.rmtree(self.folder, ignore_errors=True)
         return alive, text
 
 
@@ -358,7 +383,7 @@ def soak_server_stop(rounds, app_path, sim_path):
                 unit = Unit(sim_path)
                 refound = wait_until(app.linked, REFIND_GUARD)
                 if refound is None or not wait_until(wired, MESSAGE_GUARD):
-                    ports = subprocess.run(["jack_lsp"], env=ENV, capture_output=True, text=True).stdout.split()
+                    ports = (jack_lsp() or "").split()
                     problem = f"the unit was not found again: ports {ports}, wired {sorted(connections())}"
                 else:
                     slowest = max(slowest, refound - back)
@@ -385,16 +410,56 @@ def soak_server_stop(rounds, app_path, sim_path):
     return 0 if survived == rounds and found == rounds else 1
 
 
+def soak_server_flap(rounds, app_path, sim_path):
+    server = Server()
+    server.start()
+    unit = Unit(sim_path)
+    churn = Churn()
+    survived, found = 0, 0
+    try:
+        for r in range(rounds):
+            app = App(app_path)
+            for flap in range(FLAPS):
+                time.sleep(random.uniform(0.0, FLAP_GAP))
+                # Mostly killed, so that the next server finds the old one's memory left behind.
+                server.stop(signal.SIGTERM if random.random() < 0.25 else signal.SIGKILL)
+                unit.stop()
+                server.start()
+                unit = Unit(sim_path)
+            problem = None
+            if not app.running():
+                problem = "the app ended with a server"
+            elif wait_until(app.linked, REFIND_GUARD) is None or not wait_until(wired, MESSAGE_GUARD):
+                problem = f"the unit was not found again: wired {sorted(connections())}"
+            else:
+                problem = messages_both_ways(app, unit, r)
+            alive, errors = app.end(signal.SIGTERM)
+            survived += alive and not broken(errors)
+            found += alive and not broken(errors) and not problem
+            if problem or not alive or broken(errors):
+                print(f"round {r + 1}: {problem or 'abort'}", file=sys.stderr)
+                if errors.strip():
+                    print(errors.rstrip(), file=sys.stderr)
+    finally:
+        churn.stop()
+        unit.stop()
+        server.stop()
+    print(f"starts {rounds}, server deaths {rounds * FLAPS}, app survived {survived}, found the unit again {found}")
+    return 0 if survived == rounds and found == rounds else 1
+
+
+SOAKS = {"start": soak_start, "server-stop": soak_server_stop, "server-flap": soak_server_flap}
+
+
 def main():
-    if len(sys.argv) != 4 or sys.argv[1] not in ("start", "server-stop"):
+    if len(sys.argv) != 4 or sys.argv[1] not in SOAKS:
         print(__doc__, file=sys.stderr)
         return 2
     if not shutil.which("jackd") or not shutil.which("jack_lsp"):
         print("skipped: jackd is not installed", file=sys.stderr)
         return 77
     rounds = int(os.environ.get("ORVAN_SOAK_ROUNDS", "30"))
-    soak = soak_start if sys.argv[1] == "start" else soak_server_stop
-    return soak(rounds, sys.argv[2], sys.argv[3])
+    return SOAKS[sys.argv[1]](rounds, sys.argv[2], sys.argv[3])
 
 
 if __name__ == "__main__":
