@@ -31,8 +31,10 @@ void receive(jack_port_t* in, jack_nframes_t frames, JackClient& c)
             continue;
         // One event may carry several messages (running status, realtime bytes, SysEx).
         MidiBytes::forEachControlChange(std::span<const quint8>(event.buffer, event.size), [&](quint32 word) {
-            if (jack_ringbuffer_write_space(c.incoming) < kWordSize)
-                return; // the main thread fell a whole ring buffer behind
+            if (jack_ringbuffer_write_space(c.incoming) < kWordSize) {
+                c.dropped.fetch_add(1, std::memory_order_relaxed); // the main thread fell a whole ring buffer behind
+                return;
+            }
             jack_ringbuffer_write(c.incoming, reinterpret_cast<const char*>(&word), kWordSize);
             received = true;
         });

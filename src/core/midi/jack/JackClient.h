@@ -54,6 +54,7 @@ struct JackClient : MidiClientWish {
     std::atomic<bool> serverGone{false};
     std::atomic<bool> graphChanged{false};
     std::atomic<bool> connectionGone{false}; // some connection in the graph went, perhaps ours
+    std::atomic<quint64> dropped{0}; // reports lost to a full incoming ring buffer
     std::atomic<pid_t> notifyThread{0}; // JACK's notification thread of this opening, once heard from
     // Closing in turn (JackClientOpener): the name JACK gave this opening, written by the worker
     // before activation; and, while a sibling closes, that sibling's name and whether we heard it go.

@@ -78,6 +78,14 @@ bool JackMidiSystem::isOpen() const
     return anyOpenClient() != nullptr;
 }
 
+quint64 JackMidiSystem::droppedReports() const
+{
+    quint64 total = 0;
+    for (const auto& c : m_table.clients())
+        total += c->dropped.load(std::memory_order_relaxed);
+    return total;
+}
+
 // --- Opening and closing (main thread; the blocking calls on the worker) ----------------------
 
 void JackMidiSystem::start()

@@ -62,6 +62,8 @@ public:
 
     /// Whether any client is open on a server and in use by the main thread.
     bool isOpen() const;
+    /// Reports lost because the main thread fell a whole ring buffer behind (the flood bench's count).
+    quint64 droppedReports() const;
 
     MidiClientRef createClient(const QString& name, NotifyCallback notify) override;
     MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
