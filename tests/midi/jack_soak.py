@@ -352,6 +352,18 @@ def soak_start(rounds, app_path, sim_path):
     return 1 if misses else 0
 
 
+def end_round(app, problem, label):
+    """Ends a server round's app with SIGTERM and reports what went wrong, an abort or a hang
+    included. Returns (survived, found the unit again)."""
+    alive, errors = app.end(signal.SIGTERM)
+    survived = alive and not broken(errors)
+    if problem or not survived:
+        print(f"round {label}: {problem or 'abort'}", file=sys.stderr)
+        if errors.strip():
+            print(errors.rstrip(), file=sys.stderr)
+    return survived, survived and not problem
+
+
 def soak_server_stop(rounds, app_path, sim_path):
     server = Server()
     server.start()
@@ -388,16 +400,9 @@ def soak_server_stop(rounds, app_path, sim_path):
                 else:
                     slowest = max(slowest, refound - back)
                     problem = messages_both_ways(app, unit, r)
-            alive, errors = app.end(signal.SIGTERM)
-            if alive and not problem and not broken(errors):
-                survived += 1
-                found += 1
-            elif alive and not broken(errors):
-                survived += 1
-            if problem or not alive or broken(errors):
-                print(f"round {r + 1} ({signal.Signals(sig).name}): {problem or 'abort'}", file=sys.stderr)
-                if errors.strip():
-                    print(errors.rstrip(), file=sys.stderr)
+            ok = end_round(app, problem, f"{r + 1} ({signal.Signals(sig).name})")
+            survived += ok[0]
+            found += ok[1]
             if server.jackd.poll() is not None:
                 server.start()
                 unit = Unit(sim_path)
@@ -433,13 +438,9 @@ def soak_server_flap(rounds, app_path, sim_path):
                 problem = f"the unit was not found again: wired {sorted(connections())}"
             else:
                 problem = messages_both_ways(app, unit, r)
-            alive, errors = app.end(signal.SIGTERM)
-            survived += alive and not broken(errors)
-            found += alive and not broken(errors) and not problem
-            if problem or not alive or broken(errors):
-                print(f"round {r + 1}: {problem or 'abort'}", file=sys.stderr)
-                if errors.strip():
-                    print(errors.rstrip(), file=sys.stderr)
+            ok = end_round(app, problem, f"{r + 1}")
+            survived += ok[0]
+            found += ok[1]
     finally:
         churn.stop()
         unit.stop()
