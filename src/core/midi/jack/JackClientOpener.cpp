@@ -21,6 +21,15 @@ constexpr auto kUnknownThreadGrace = std::chrono::milliseconds(100);
 constexpr auto kSiblingHearLimit = std::chrono::milliseconds(250);
 constexpr auto kSiblingHearLook = std::chrono::milliseconds(2);
 
+/// Looks every `look` until `done()`, for at most `limit`: the worker's only way to wait on
+/// JACK's threads, which tell nothing when they end or hear.
+template <typename Done>
+void pollUntil(Done done, std::chrono::milliseconds limit, std::chrono::milliseconds look)
+{
+    for (auto waited = std::chrono::milliseconds(0); waited < limit && !done(); waited += look)
+        std::this_thread::sleep_for(look);
+}
+
 /// Waits, a bounded time, for a thread of this process to have ended.
 void awaitThreadEnd(pid_t thread)
 {
@@ -29,9 +38,7 @@ void awaitThreadEnd(pid_t thread)
         return;
     }
     const QString task = QStringLiteral("/proc/self/task/%1").arg(thread);
-    for (auto waited = std::chrono::milliseconds(0); waited < kThreadEndLimit && QFileInfo::exists(task);
-         waited += kThreadEndLook)
-        std::this_thread::sleep_for(kThreadEndLook);
+    pollUntil([&] { return !QFileInfo::exists(task); }, kThreadEndLimit, kThreadEndLook);
 }
 
 /// Closes one client, then waits, a bounded time, until each open sibling heard it go.
@@ -61,8 +68,7 @@ void closeHeard(JackClient& closing, const std::vector<JackClient*>& siblings)
             return s->heardGone.load(std::memory_order_acquire) || s->serverGone.load(std::memory_order_acquire);
         });
     };
-    for (auto waited = std::chrono::milliseconds(0); waited < kSiblingHearLimit && !allHeard(); waited += kSiblingHearLook)
-        std::this_thread::sleep_for(kSiblingHearLook);
+    pollUntil(allHeard, kSiblingHearLimit, kSiblingHearLook);
     for (JackClient* s : listening)
         s->awaitedGone.store(nullptr, std::memory_order_release);
 }
