@@ -228,16 +228,28 @@ void paintShadow(QPainter& painter, PaintCache* cache, const QPainterPath& shape
     painter.restore();
 }
 
+ShadowLook hardShadowLook(double depth, double opacity)
+{
+    return {QColor::fromRgbF(0, 0, 0, float(opacity)), 0.35 * depth, QPointF(-depth, 1.1 * depth)};
+}
+
+ShadowLook glowLook(const QColor& color, double opacity, double radius)
+{
+    QColor c = color;
+    c.setAlphaF(float(opacity * color.alphaF()));
+    return {c, radius, QPointF(0, 0)};
+}
+
 void paintHardShadow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, double depth, double opacity)
 {
-    paintShadow(painter, cache, shape, QColor::fromRgbF(0, 0, 0, float(opacity)), 0.35 * depth, QPointF(-depth, 1.1 * depth));
+    const ShadowLook look = hardShadowLook(depth, opacity);
+    paintShadow(painter, cache, shape, look.color, look.radius, look.offset);
 }
 
 void paintGlow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, const QColor& color, double opacity, double radius)
 {
-    QColor c = color;
-    c.setAlphaF(float(opacity * color.alphaF()));
-    paintShadow(painter, cache, shape, c, radius, QPointF(0, 0));
+    const ShadowLook look = glowLook(color, opacity, radius);
+    paintShadow(painter, cache, shape, look.color, look.radius, look.offset);
 }
 
 } // namespace orvan::render

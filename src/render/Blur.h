@@ -38,10 +38,23 @@ QImage shadowImage(PaintCache* cache, const QPainterPath& shape, const QColor& c
 /// blurred image is kept in `cache` (when given) for every later shadow of the same outline.
 void paintShadow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, const QColor& color, double radius, QPointF offset);
 
+/// A shadow's colour, blur and offset: what `paintShadow` and `paintRoundedShadow` take.
+struct ShadowLook {
+    QColor color;
+    double radius;
+    QPointF offset;
+};
+
 /// The shared hard shadow: black at `opacity`, blurred 0.35 x depth, moved (-depth, +1.1 x depth).
+ShadowLook hardShadowLook(double depth, double opacity);
+
+/// A glow: `color` at `opacity` of its own alpha, blurred by `radius`, not moved.
+ShadowLook glowLook(const QColor& color, double opacity, double radius);
+
+/// Paints the hard shadow (`hardShadowLook`) a shape casts.
 void paintHardShadow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, double depth, double opacity);
 
-/// A glow around a shape: its shadow in `color` at `opacity`, blurred by `radius`, not moved.
+/// Paints a glow (`glowLook`) around a shape.
 void paintGlow(QPainter& painter, PaintCache* cache, const QPainterPath& shape, const QColor& color, double opacity, double radius);
 
 } // namespace orvan::render

@@ -161,16 +161,15 @@ void paintRoundedShadow(QPainter& painter, PaintCache* cache, const QRectF& rect
 void paintRoundedHardShadow(QPainter& painter, PaintCache* cache, const QRectF& rect, double cornerRadius,
                             double depth, double opacity)
 {
-    paintRoundedShadow(painter, cache, rect, cornerRadius, QColor::fromRgbF(0, 0, 0, float(opacity)), 0.35 * depth,
-                       QPointF(-depth, 1.1 * depth));
+    const ShadowLook look = hardShadowLook(depth, opacity);
+    paintRoundedShadow(painter, cache, rect, cornerRadius, look.color, look.radius, look.offset);
 }
 
 void paintRoundedGlow(QPainter& painter, PaintCache* cache, const QRectF& rect, double cornerRadius,
                       const QColor& color, double opacity, double radius)
 {
-    QColor c = color;
-    c.setAlphaF(float(opacity * color.alphaF()));
-    paintRoundedShadow(painter, cache, rect, cornerRadius, c, radius, QPointF(0, 0));
+    const ShadowLook look = glowLook(color, opacity, radius);
+    paintRoundedShadow(painter, cache, rect, cornerRadius, look.color, look.radius, look.offset);
 }
 
 } // namespace orvan::render
