@@ -102,11 +102,15 @@ void PanelItem::drawFlatPlate(QPainter& painter, const QTransform& toPainter, QP
 
 PanelItem::FlatPlate PanelItem::flatPlate(const QTransform& toDevice, QPainter::RenderHints hints) const
 {
-    const QRect pixels = toDevice.mapRect(m_plate->boundingRect()).toRect().adjusted(-1, -1, 1, 1);
+    QRectF seen = m_plate->boundingRect();
+    seen.setTop(std::max(seen.top(), m_plateSeenFrom));
+    // Whatever the plate paints outside the image is clipped away, and cheaply.
+    const QRect pixels = toDevice.mapRect(seen).toRect().adjusted(-1, -1, 1, 1);
     FlatPlate flat{QImage(), toDevice, hints, pixels.topLeft()};
 
     // Named by what it shows and how it lies on the device; the key adds the build.
-    QByteArray description = QByteArray(metaObject()->className()) + ' ' + QByteArray::number(int(hints));
+    QByteArray description = QByteArray(metaObject()->className()) + ' ' + QByteArray::number(int(hints)) + ' '
+        + QByteArray::number(seen.top(), 'g', 17);
     for (double m : {toDevice.m11(), toDevice.m12(), toDevice.m21(), toDevice.m22(), toDevice.dx(), toDevice.dy()})
         description += ' ' + QByteArray::number(m, 'g', 17);
     const QString name = QString::fromLatin1(metaObject()->className()).section(QLatin1String("::"), -1) + QLatin1Char('-')

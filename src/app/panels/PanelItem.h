@@ -3,6 +3,7 @@
 #include "items/Refreshable.h"
 
 #include <QGraphicsObject>
+#include <limits>
 #include <QImage>
 #include <QPainter>
 #include <QTransform>
@@ -41,6 +42,9 @@ public:
     /// Draws the plate exactly as its own layer looks, at the panel's opacity. `painter` draws in
     /// scene coordinates; `hints` are those the view paints its items with.
     void paintPlateInto(QPainter& painter, QPainter::RenderHints hints);
+    /// Only the plate from row `y` (plate coordinates) down is ever seen: a reflection shows a
+    /// copy's lower edge alone, so the copy's plate image is made for that part only.
+    void setPlateSeenFrom(double y) { m_plateSeenFrom = y; }
 
     /// Registers a control that follows the engine and model; returns it for convenience.
     template <typename Item>
@@ -100,6 +104,7 @@ private:
     bool m_wasConnected = false;
     bool m_plateInBackground = false;
     FlatPlate m_flat;
+    double m_plateSeenFrom = -std::numeric_limits<double>::infinity();
 };
 
 } // namespace orvan

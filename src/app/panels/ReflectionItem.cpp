@@ -18,6 +18,7 @@ ReflectionItem::ReflectionItem(std::function<PanelItem*()> makeCopy, QSizeF plat
     , m_plateSize(plateSize)
 {
     m_scene->addItem(m_copy);
+    m_copy->setPlateSeenFrom(plateSize.height() - kHeight);
     // The copy is only ever painted once per change, mirrored and blurred: a pixmap per control
     // would be made, drawn once and kept for nothing.
     std::function<void(QGraphicsItem*)> uncache = [&uncache](QGraphicsItem* item) {
