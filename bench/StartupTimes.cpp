@@ -2,8 +2,11 @@
 
 #include "BenchTable.h"
 
+#include <QCoreApplication>
+#include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <memory>
 #include <tuple>
@@ -17,16 +20,20 @@ struct Launch {
     long rssKb = -1;
 };
 
-/// Starts `program` with a private data folder and the cache folder `cache`, on the X display
-/// `display` if one is named (else offscreen); returns the milliseconds from spawn to its
-/// "painted" line and its resident size once settled.
-Launch launch(const QString& program, const QStringList& arguments, const QString& cache, const QString& display)
+/// Starts `program` with private data and settings folders and the cache folder `cache`, on the
+/// X display `display` if one is named (else offscreen), with `preload` loaded into it if named;
+/// returns the milliseconds from spawn to its "painted" line and its resident size once settled.
+Launch launch(const QString& program, const QStringList& arguments, const QString& cache, const QString& display,
+              const QString& preload = {})
 {
     QProcess process;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    QTemporaryDir data;
+    QTemporaryDir data, settings;
     env.insert(QStringLiteral("XDG_DATA_HOME"), data.path());
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), settings.path());
     env.insert(QStringLiteral("XDG_CACHE_HOME"), cache);
+    if (!preload.isEmpty())
+        env.insert(QStringLiteral("LD_PRELOAD"), preload);
     if (!display.isEmpty()) { // a real window on an X server, as a user has
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
         env.insert(QStringLiteral("DISPLAY"), display);
@@ -63,6 +70,17 @@ struct StartSubject {
     long coldRss = 0, warmRss = 0;
 };
 
+/// qpwgraph, a Qt 6 tool of the same desktop, is the reference a studio compares start-up with.
+/// Its first frame is caught by a hook preloaded into it (bench/FirstFrameHook.cpp); it needs
+/// real windows, so it is timed on X only, and only where it is installed.
+struct Reference {
+    QString program = QStandardPaths::findExecutable(QStringLiteral("qpwgraph"));
+    QString hook = QCoreApplication::applicationDirPath() + QStringLiteral("/libfirst_frame_hook.so");
+    std::vector<double> times;
+    long rss = 0;
+    bool usable(const QString& display) const { return !display.isEmpty() && !program.isEmpty() && QFile::exists(hook); }
+};
+
 } // namespace
 
 void startupRows(const QStringList& probes, const QString& display)
@@ -83,6 +101,7 @@ void startupRows(const QStringList& probes, const QString& display)
     }
     std::vector<double> empty;
     long emptyRss = 0;
+    Reference reference;
     for (int i = 0; i < kTrials; ++i) {
         for (const auto& subject : subjects) {
             QTemporaryDir coldCache;
@@ -97,6 +116,12 @@ void startupRows(const QStringList& probes, const QString& display)
         const Launch e = launch(probes[0], {QStringLiteral("--empty-window")}, emptyCache.path(), display);
         empty.push_back(e.ms);
         emptyRss = std::max(emptyRss, e.rssKb);
+        if (reference.usable(display)) {
+            QTemporaryDir referenceCache;
+            const Launch r = launch(reference.program, {}, referenceCache.path(), display, reference.hook);
+            reference.times.push_back(r.ms);
+            reference.rss = std::max(reference.rss, r.rssKb);
+        }
     }
     addRow(QStringLiteral("Start-up to first frame (%1): empty Qt window, min / median").arg(where),
            QStringLiteral("%1 / %2 ms").arg(lowest(empty), 0, 'f', 0).arg(median(empty), 0, 'f', 0), QString(), true);
@@ -108,6 +133,20 @@ void startupRows(const QStringList& probes, const QString& display)
                    QStringLiteral("%1 / %2 ms (%3 x)").arg(lowest(times), 0, 'f', 0).arg(median(times), 0, 'f', 0).arg(ratio, 0, 'f', 2),
                    QStringLiteral("< %1 x").arg(goal), ratio < goal);
         }
+    }
+    if (!reference.times.empty()) {
+        addRow(QStringLiteral("Start-up (%1): qpwgraph, first run, min / median (ratio)").arg(where),
+               QStringLiteral("%1 / %2 ms (%3 x)")
+                   .arg(lowest(reference.times), 0, 'f', 0)
+                   .arg(median(reference.times), 0, 'f', 0)
+                   .arg(median(reference.times) / median(empty), 0, 'f', 2),
+               QString(), true);
+        const double ratio = median(subjects[0]->cold) / median(reference.times);
+        addRow(QStringLiteral("Start-up (%1): OrvanRCU cold cache / qpwgraph").arg(where),
+               QStringLiteral("%1 x").arg(ratio, 0, 'f', 2), QStringLiteral("< 1 x"), ratio < 1);
+        addRow(QStringLiteral("Memory at qpwgraph's first frame (%1)").arg(where),
+               QStringLiteral("%1 MB (+%2 MB)").arg(reference.rss / 1024.0, 0, 'f', 1).arg((reference.rss - emptyRss) / 1024.0, 0, 'f', 1),
+               QString(), true);
     }
     for (const auto& subject : subjects) {
         for (const auto& [name, rss] : {std::pair{QStringLiteral("cold"), subject->coldRss}, std::pair{QStringLiteral("warm"), subject->warmRss}}) {

@@ -1,6 +1,6 @@
 #pragma once
 // Start-up as a user sees it: real processes, spawn to first frame, cold and warm cache, beside an
-// empty Qt window; and the icon export as a whole process.
+// empty Qt window and qpwgraph; and the icon export as a whole process.
 
 #include <QStringList>
 
