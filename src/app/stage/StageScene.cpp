@@ -85,12 +85,16 @@ void StageScene::setPlatesInBackground(bool inBackground)
 
 void StageScene::drawBackground(QPainter* painter, const QRectF& exposed)
 {
-    // The window is rounded up to whole pixels: the sliver beyond the canvas stays black.
+    // The layers are painted with the view's render hints, whatever the painter carries.
+    const QPainter::RenderHints hints = painter->renderHints() | (views().isEmpty() ? QPainter::RenderHints() : views().first()->renderHints());
+    // The window is rounded up to whole pixels: the sliver beyond the canvas stays black, with
+    // no antialiased edge of the backdrop in it.
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing, false);
     painter->fillRect(exposed, Qt::black);
     paintBackdrop(*painter, sceneRect());
-    // In stacking order, as the plates' own layers would be drawn. The background's painter
-    // carries none of the view's render hints, but the layers are painted with them.
-    const QPainter::RenderHints hints = painter->renderHints() | (views().isEmpty() ? QPainter::RenderHints() : views().first()->renderHints());
+    painter->restore();
+    // In stacking order, as the plates' own layers would be drawn.
     for (PanelItem* panel : std::initializer_list<PanelItem*>{m_dunraPanel, m_orvanPanel, m_melkoPanel}) {
         if (panel->plateInBackground())
             panel->paintPlateInto(*painter, hints);

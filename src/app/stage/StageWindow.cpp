@@ -31,8 +31,6 @@ StageWindow::StageWindow(QGraphicsScene* stage, QWidget* parent)
     // stage to draw its backdrop.
     setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
     setViewportUpdateMode(QGraphicsView::MinimalViewportUpdate);
-    // The backdrop is opaque and never changes: the view keeps it and copies it under each frame.
-    setCacheMode(QGraphicsView::CacheBackground);
     setOptimizationFlags(QGraphicsView::DontSavePainterState | QGraphicsView::DontAdjustForAntialiasing);
     setSceneRect(QRectF(QPointF(0, 0), StageGeometry::kCanvas));
     scale(StageGeometry::kScale, StageGeometry::kScale);
