@@ -1,4 +1,5 @@
-// Starts either the real application (with its arguments) or an empty Qt window, and prints
+// Starts either the real application (with its arguments) or an empty Qt window (with
+// --one-word-window, one that shows a word), and prints
 // "painted <rss-kB>" as soon as the first frame is painted, "settled <rss-kB>" once the tasks
 // that frame left behind have run, then quits (with --stay it keeps
 // running). The stage benchmark runs it as a child process and measures from spawn to that line.
@@ -15,6 +16,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QPainter>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -72,6 +74,26 @@ protected:
 private:
     bool m_stay;
     bool m_done = false;
+};
+
+/// The empty window the start-up is compared with; with `oneWord`, it writes "dB" in it: the
+/// least any window with text pays, since the first text sets up the fonts.
+class OneWordWindow final : public QWidget {
+public:
+    explicit OneWordWindow(bool oneWord)
+        : m_oneWord(oneWord)
+    {
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        if (m_oneWord)
+            QPainter(this).drawText(20, 20, QStringLiteral("dB"));
+    }
+
+private:
+    bool m_oneWord;
 };
 
 // --- The JACK start-up driver -----------------------------------------------------------------
@@ -200,12 +222,11 @@ int main(int argc, char** argv)
         QCoreApplication driver(argc, argv);
         return jackStartup(QCoreApplication::applicationFilePath());
     }
-    const bool empty = mode == "--empty-window";
     QApplication application(argc, argv);
     FirstPaint probe(mode == "--stay");
 
-    if (empty) {
-        QWidget window;
+    if (mode == "--empty-window" || mode == "--one-word-window") {
+        OneWordWindow window(mode == "--one-word-window");
         window.resize(1298, 468);
         window.installEventFilter(&probe);
         window.show();

@@ -99,7 +99,7 @@ void startupRows(const QStringList& probes, const QString& display)
         launch(probe, app, subject->warmCache.path(), display);
         subjects.push_back(std::move(subject));
     }
-    std::vector<double> empty;
+    std::vector<double> empty, oneWord;
     long emptyRss = 0;
     Reference reference;
     for (int i = 0; i < kTrials; ++i) {
@@ -116,6 +116,7 @@ void startupRows(const QStringList& probes, const QString& display)
         const Launch e = launch(probes[0], {QStringLiteral("--empty-window")}, emptyCache.path(), display);
         empty.push_back(e.ms);
         emptyRss = std::max(emptyRss, e.rssKb);
+        oneWord.push_back(launch(probes[0], {QStringLiteral("--one-word-window")}, emptyCache.path(), display).ms);
         if (reference.usable(display)) {
             QTemporaryDir referenceCache;
             const Launch r = launch(reference.program, {}, referenceCache.path(), display, reference.hook);
@@ -125,6 +126,14 @@ void startupRows(const QStringList& probes, const QString& display)
     }
     addRow(QStringLiteral("Start-up to first frame (%1): empty Qt window, min / median").arg(where),
            QStringLiteral("%1 / %2 ms").arg(lowest(empty), 0, 'f', 0).arg(median(empty), 0, 'f', 0), QString(), true);
+    // What the first text on screen costs any Qt window (setting up the fonts): a floor under
+    // every start-up that shows lettering, whatever it caches.
+    addRow(QStringLiteral("Start-up (%1): the same window showing one word, min / median (ratio)").arg(where),
+           QStringLiteral("%1 / %2 ms (%3 x)")
+               .arg(lowest(oneWord), 0, 'f', 0)
+               .arg(median(oneWord), 0, 'f', 0)
+               .arg(median(oneWord) / median(empty), 0, 'f', 2),
+           QString(), true);
     for (const auto& subject : subjects) {
         for (const auto& [name, times, goal] : {std::tuple{QStringLiteral("cold cache"), subject->cold, 1.6},
                                                 std::tuple{QStringLiteral("warm cache"), subject->warm, 1.2}}) {
