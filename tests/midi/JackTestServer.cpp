@@ -29,9 +29,10 @@ void forgetStaleServers()
     }
     // Folders too: the metadata store (display names) is shared by all servers of the user.
     const QDir shm(QStringLiteral("/dev/shm"));
-    for (const QFileInfo& entry : shm.entryInfoList({QStringLiteral("jack*")}, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot))
+    for (const QFileInfo& entry : shm.entryInfoList({QStringLiteral("jack*")}, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot)) {
         if (!QFile::remove(entry.filePath()))
             QDir(entry.filePath()).removeRecursively();
+    }
 }
 
 } // namespace

@@ -44,7 +44,7 @@ Preset twoChannelExample()
                   {ChannelSnapshot{12, false, true, false, false, false}, ChannelSnapshot{std::nullopt, false, false, false, true, true}}};
 }
 
-TEST_F(PresetStorageTest, WritesTheTwoChannelExampleIntoTheOrvanRCUDataFolderSortedAndIndentedByTwo)
+TEST_F(PresetStorageTest, WritesTheTwoChannelExampleIntoTheOrvanRCUDataFolderIndentedByTwo)
 {
     PresetStorage::save({twoChannelExample()}, spec);
     const QByteArray bytes = readAll(QDir(qEnvironmentVariable("XDG_DATA_HOME")).filePath(QStringLiteral("OrvanRCU/presets-dunra.json")));
