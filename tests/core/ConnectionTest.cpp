@@ -30,16 +30,13 @@ TEST_F(Connection, FindsTheUnitOnlyByTheExactNameOfBothEndpoints)
     };
     for (const Row& row : rows) {
         VirtualMidiSystem world;
-        std::vector<MidiEndpointRef> sources;
+        std::vector<MidiEndpointRef> sources, destinations;
         for (const auto& name : row.sources)
             sources.push_back(world.addSource(name));
-        std::vector<MidiEndpointRef> destinations;
         for (const auto& name : row.destinations)
             destinations.push_back(world.addDestination(name));
-
         OrvanMIDI engine(Catalogue::orvan(), world, clock);
         engine.set(OrvanSwitch::polarity, 0, true);
-
         EXPECT_EQ(engine.hardwarePresent(), row.present) << row.what;
         EXPECT_EQ(engine.isConnected(), row.present) << row.what;
         for (std::size_t i = 0; i < sources.size(); ++i)

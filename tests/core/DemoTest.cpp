@@ -34,12 +34,11 @@ class Demo : public EngineFixture {
 protected:
     using Engines = std::array<std::unique_ptr<OrvanMIDI>, 3>;
 
-    /// Builds the three engines in catalogue order, as the application does at start.
+    /// The three engines in catalogue order, as the application builds them at start.
     Engines startApp(MidiSystem& world)
     {
-        return {std::make_unique<OrvanMIDI>(Catalogue::orvan(), world, clock),
-                std::make_unique<OrvanMIDI>(Catalogue::dunra(), world, clock),
-                std::make_unique<OrvanMIDI>(Catalogue::melko(), world, clock)};
+        const auto engine = [&](const DeviceSpec& spec) { return std::make_unique<OrvanMIDI>(spec, world, clock); };
+        return {engine(Catalogue::orvan()), engine(Catalogue::dunra()), engine(Catalogue::melko())};
     }
 };
 
@@ -50,14 +49,14 @@ TEST_F(Demo, StartedWithDemoAndNoUnitEveryEngineShowsItsSamplesAndTakesChangesLo
     const auto engines = startApp(midi);
 
     for (const auto& engine : engines) {
-        const std::string title = engine->spec().title.toStdString();
-        EXPECT_TRUE(engine->isConnected()) << title;
-        EXPECT_FALSE(engine->hardwarePresent()) << title;
-        EXPECT_EQ(engine->channels(), samplesOf(engine->spec().title)) << title;
+        SCOPED_TRACE(engine->spec().title.toStdString());
+        EXPECT_TRUE(engine->isConnected());
+        EXPECT_FALSE(engine->hardwarePresent());
+        EXPECT_EQ(engine->channels(), samplesOf(engine->spec().title));
         engine->setGain(0, 20);
         engine->set(OrvanSwitch::mute, 0, true);
-        EXPECT_EQ(engine->channels()[0].gainValue, 20) << title;
-        EXPECT_TRUE(engine->channels()[0].mute) << title;
+        EXPECT_EQ(engine->channels()[0].gainValue, 20);
+        EXPECT_TRUE(engine->channels()[0].mute);
     }
     ASSERT_EQ(midi.sent().size(), 2u) << "only the Melko's destination hears the requests";
     EXPECT_EQ(midi.sent()[0].word, Midi::controlChangeWord(9, 20));
@@ -85,8 +84,7 @@ TEST_F(Demo, AUnitPresentAtStartOrPluggedInLaterEndsDemoForEveryEngine)
             const bool present = engine->spec().portName == QLatin1String(row.plugged);
             EXPECT_EQ(engine->hardwarePresent(), present) << engine->spec().title.toStdString();
             EXPECT_EQ(engine->isConnected(), present || !aUnitCame) << engine->spec().title.toStdString();
-            EXPECT_EQ(engine->channels(), aUnitCame ? ChannelStates(engine->spec().channelCount)
-                                                    : samplesOf(engine->spec().title));
+            EXPECT_EQ(engine->channels(), aUnitCame ? ChannelStates(engine->spec().channelCount) : samplesOf(engine->spec().title));
         }
     }
 }

@@ -57,8 +57,8 @@ TEST_F(GainInference, AnEqualReportWithinHalfASecondOfTheSendIsItsEchoAndMovesNo
 
 TEST_F(GainInference, AnUnpluggedUnitShowsDefaultsAndStartsItsInferenceAfresh)
 {
-    reportGain(10);
-    reportGain(9); // falling
+    for (int value : {10, 9}) // falling
+        reportGain(value);
     report(unit, 23, 127); // channel 2 muted at the unit
     engine->setGain(0, 12);
     midi.removeDevice(unit);

@@ -37,11 +37,7 @@ struct RawUnit {
                                               | SND_SEQ_PORT_CAP_SUBS_WRITE,
                                           SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_HARDWARE);
     }
-    ~RawUnit()
-    {
-        if (seq)
-            snd_seq_close(seq);
-    }
+    ~RawUnit() { if (seq) snd_seq_close(seq); }
     /// Reports a Control Change on MIDI channel 1 to whoever listens.
     void report(int controller, int value)
     {
@@ -69,7 +65,7 @@ struct RawUnit {
 
 TEST(AlsaSequencer, TheLibraryPrintsNothingWhenTheSequencerTurnsUsAway)
 {
-    // given every client slot of the kernel sequencer taken
+    // every client slot of the kernel sequencer taken
     DemoMode::shared().setActive(false);
     AlsaMidiSystem system;
     std::vector<std::unique_ptr<RawUnit>> taken;
@@ -77,14 +73,11 @@ TEST(AlsaSequencer, TheLibraryPrintsNothingWhenTheSequencerTurnsUsAway)
         taken.push_back(std::make_unique<RawUnit>());
     ASSERT_GT(taken.size(), 1u);
 
-    // when an engine starts, looks for its unit and sends
     testing::internal::CaptureStderr(); // the file descriptor: the ALSA library's C code included
     ManualClock clock;
     OrvanMIDI engine(Catalogue::orvan(), system, clock);
     engine.connect();
     engine.setGain(0, 10);
-
-    // then it found nothing, and nobody was told on standard error
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_FALSE(system.isOpen());
     EXPECT_FALSE(engine.isConnected());
@@ -92,7 +85,6 @@ TEST(AlsaSequencer, TheLibraryPrintsNothingWhenTheSequencerTurnsUsAway)
 
 TEST(AlsaSequencer, AUnitReplacedBeforeTheEngineHearsOfItIsReachedAndHeard)
 {
-    // given the engine on the app's MIDI system, connected to a unit
     DemoMode::shared().setActive(false);
     const auto system = createLinuxMidiSystem();
     ManualClock clock;
@@ -100,14 +92,11 @@ TEST(AlsaSequencer, AUnitReplacedBeforeTheEngineHearsOfItIsReachedAndHeard)
     auto first = std::make_unique<RawUnit>();
     ASSERT_TRUE(waitFor([&] { return engine.isConnected(); }));
 
-    // when it is replugged under the same name (most likely at the same sequencer address) with
-    // no chance for the engine to hear of it in between
+    // replugged under the same name (likely the same address) before the engine hears of it
     first.reset();
     RawUnit second;
     ASSERT_NE(second.seq, nullptr);
-
-    // then, once the engine has caught up, the new unit's reports reach the panel (it repeats
-    // its report until then)...
+    // its reports reach the panel once the engine caught up (it repeats them until then)...
     QTimer reporting;
     QObject::connect(&reporting, &QTimer::timeout, [&] { second.report(16 * 3 + 7, 127); });
     reporting.start(kReportEveryMilliseconds);

@@ -20,10 +20,7 @@ public:
     int detaches = 0;
 
     MidiClientRef createClient(const QString& n, NotifyCallback c) override { return inner.createClient(n, std::move(c)); }
-    MidiPortRef createInputPort(MidiClientRef c, const QString& n, ReceiveCallback r) override
-    {
-        return inner.createInputPort(c, n, std::move(r));
-    }
+    MidiPortRef createInputPort(MidiClientRef c, const QString& n, ReceiveCallback r) override { return inner.createInputPort(c, n, std::move(r)); }
     MidiPortRef createOutputPort(MidiClientRef c, const QString& n) override { return inner.createOutputPort(c, n); }
     void refresh() override { inner.refresh(); }
     int sourceCount() const override { return inner.sourceCount(); }
@@ -32,11 +29,7 @@ public:
     MidiEndpointRef destination(int i) const override { return inner.destination(i); }
     std::optional<QString> displayName(MidiEndpointRef e) const override { return inner.displayName(e); }
     void connectSource(MidiPortRef p, MidiEndpointRef s) override { inner.connectSource(p, s); }
-    void disconnectSource(MidiPortRef p, MidiEndpointRef s) override
-    {
-        ++detaches;
-        inner.disconnectSource(p, s);
-    }
+    void disconnectSource(MidiPortRef p, MidiEndpointRef s) override { ++detaches; inner.disconnectSource(p, s); }
     void send(MidiPortRef p, MidiEndpointRef d, quint32 w) override { inner.send(p, d, w); }
 };
 
@@ -63,7 +56,7 @@ TEST_F(CombinedMidiSystemTest, TheFirstSystemThatHasTheUnitDrivesItHearsItAndLis
 {
     for (const bool onBoth : {false, true}) {
         SCOPED_TRACE(onBoth ? "on both systems" : "on the second system only");
-        // given an Orvan on the second system and perhaps, beside another device, on the first
+        // an Orvan on the second system and perhaps, beside another device, on the first
         Systems s;
         const auto onSecond = s.second->inner.addDevice(QStringLiteral("Orvan"));
         if (onBoth)
@@ -74,13 +67,10 @@ TEST_F(CombinedMidiSystemTest, TheFirstSystemThatHasTheUnitDrivesItHearsItAndLis
         VirtualMidiSystem& driving = onBoth ? s.first->inner : s.second->inner;
         VirtualMidiSystem& idle = onBoth ? s.second->inner : s.first->inner;
 
-        // when that unit reports +48V on for the channel labelled 3 and the user mutes channel 1
-        driving.injectControlChange((onBoth ? onFirst : onSecond).source, 36, 127);
+        driving.injectControlChange((onBoth ? onFirst : onSecond).source, 36, 127); // +48V on channel 3
         QCoreApplication::sendPostedEvents();
         engine.set(OrvanSwitch::mute, 0, true);
-
-        // then the panel shows the report and that unit alone gets the message; the engine has
-        // a client on both systems, and the first system's endpoints come first, under their names
+        // that unit alone is heard and driven; a client on both systems, the first one's endpoints first
         EXPECT_TRUE(engine.channels()[2].phantom);
         ASSERT_EQ(driving.sent().size(), 1u);
         EXPECT_EQ(driving.sent()[0].word, 0x20B0077Fu);
@@ -95,21 +85,19 @@ TEST_F(CombinedMidiSystemTest, TheFirstSystemThatHasTheUnitDrivesItHearsItAndLis
 
 TEST_F(CombinedMidiSystemTest, ARescanDetachesOnlyAUnitThatIsNoLongerFound)
 {
-    // given a connected Orvan
     Systems s;
     const auto unit = s.second->inner.addDevice(QStringLiteral("Orvan"));
     OrvanMIDI engine(Catalogue::orvan(), *s.combined, clock);
     ASSERT_TRUE(engine.hardwarePresent());
 
-    // when another device comes and the engine rescans, then the Orvan's source was never
-    // detached, so nothing it sent in between was lost
+    // another device comes: the Orvan's source is never detached, so nothing it sent is lost
     s.first->inner.addDevice(QStringLiteral("Keyboard"));
     QCoreApplication::sendPostedEvents();
     QCoreApplication::sendPostedEvents();
     EXPECT_EQ(s.second->detaches, 0);
     EXPECT_TRUE(s.second->inner.isAttached(unit.source));
 
-    // when its source loses its name, then it is detached after the rescan
+    // its source loses its name: detached after the rescan
     s.second->inner.rename(unit.source, QStringLiteral("Orvan (old)"));
     QCoreApplication::sendPostedEvents();
     QCoreApplication::sendPostedEvents();

@@ -20,8 +20,6 @@ using namespace orvan::test;
 
 namespace {
 
-const QString kOrvan = QStringLiteral("Orvan");
-
 class JackIntegrationTest : public testing::Test {
 protected:
     void SetUp() override { DemoMode::shared().setActive(false); }
@@ -44,12 +42,19 @@ public:
         jack_set_process_callback(m_client, onProcess, this);
         jack_activate(m_client);
     }
-    ~RawEventSender()
-    {
-        if (m_client)
-            jack_client_close(m_client);
-    }
+    ~RawEventSender() { if (m_client) jack_client_close(m_client); }
     bool isHeard() const { return m_port && jack_port_connected(m_port) > 0; }
+    /// The full names of the ports wired to ours, and whether the server has a port of that name.
+    QStringList wiredTo() const
+    {
+        QStringList names;
+        const char** ports = jack_port_get_connections(m_port);
+        for (const char** p = ports; p && *p; ++p)
+            names << QString::fromUtf8(*p);
+        jack_free(ports);
+        return names;
+    }
+    bool exists(const char* port) const { return jack_port_by_name(m_client, port) != nullptr; }
     void fire() { m_armed = true; }
 
 private:
@@ -71,7 +76,6 @@ private:
 
 TEST_F(JackIntegrationTest, AnEventCarryingSeveralMessagesAppliesEveryControlChangeInItAndNothingElse)
 {
-    // given the engine listening to a source named like the unit
     JackTestServer server(QStringLiteral("main"));
     ASSERT_TRUE(server.start());
     JackMidiSystem system;
@@ -82,11 +86,10 @@ TEST_F(JackIntegrationTest, AnEventCarryingSeveralMessagesAppliesEveryControlCha
     event.insert(event.end(), {0xB5, 0x14, 0xF8, 0x7F});                   // +48V on, clock inside
     RawEventSender sender(event);
     ASSERT_TRUE(waitFor([&] { return sender.isHeard(); }));
-
-    // when the event arrives
+    EXPECT_EQ(sender.wiredTo(), QStringList{"OrvanRCU-Orvan:In"}) << "the names the studio sees";
+    EXPECT_TRUE(sender.exists("OrvanRCU-Orvan:Out"));
     sender.fire();
-
-    // then channel 2 shows exactly the three Control Changes
+    // channel 2 shows exactly the three Control Changes
     ASSERT_TRUE(waitFor([&] { return engine.channels()[1].phantom; }));
     ChannelStates expected = defaultChannels(8);
     expected[1].mute = true;
@@ -110,7 +113,7 @@ TEST_F(JackIntegrationTest, AClientOpenedJustAfterTheServerDiedLeavesTheClientsS
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     ASSERT_FALSE(system.isOpen());
 
-    // when a second client is opened in that moment (its start runs, the first one's shutdown not)
+    // when a second client opens in that moment (its start runs, the first one's shutdown not)
     system.createInputPort(system.createClient(QStringLiteral("orvan-test-second"), {}), QStringLiteral("In"), {});
     QCoreApplication::sendPostedEvents();
 
@@ -133,14 +136,10 @@ TEST_F(JackIntegrationTest, TheAppEndsWithinSecondsEvenWhenClosingItsClientsNeve
         system->createClient(QStringLiteral("OrvanRCU-") + spec.title, {});
     ASSERT_TRUE(waitFor([&] { return system->isOpen(); }));
     server.pause(true);
-
-    // when the app ends
     const auto began = std::chrono::steady_clock::now();
     system.reset();
     const auto took = std::chrono::steady_clock::now() - began;
-
-    // then it ends after a bounded wait, and the clients left behind close once the server answers
-    server.pause(false);
+    server.pause(false); // the clients left behind close once the server answers
     EXPECT_LT(took, std::chrono::seconds(4));
 }
 
@@ -148,8 +147,7 @@ class JackServerLifecycleTest : public JackIntegrationTest, public testing::With
 
 TEST_P(JackServerLifecycleTest, AServerThatStartsLateStopsAndStartsAgainIsFoundEachTimeWithItsUnit)
 {
-    // given the three engines of the app started with no JACK server (and, on CI, no ALSA
-    // sequencer either): when the user looks again and turns a knob, nothing changes
+    // the app's three engines start with no JACK server (on CI, no ALSA sequencer either)
     JackTestServer server(QStringLiteral("lifecycle"));
     server.select();
     auto system = createLinuxMidiSystem();
@@ -165,34 +163,26 @@ TEST_P(JackServerLifecycleTest, AServerThatStartsLateStopsAndStartsAgainIsFoundE
     std::unique_ptr<SimulatedUnit> unit;
     for (int round = 0; round < 3; ++round) {
         SCOPED_TRACE(round);
-        if (round > 0) {
-            // when the server is stopped while the user keeps working (the unit goes with it)
+        if (round > 0) { // the server stops while the user keeps working, the unit with it
             server.stop(GetParam());
             orvan.setGain(0, 8);
             unit.reset();
             ASSERT_TRUE(waitFor([&] { return !orvan.isConnected(); }));
         }
-        // when the server starts (again), and the unit with it, once the server takes clients
+        // it starts again, the unit once it takes clients; the engine finds, reaches and hears it
         ASSERT_TRUE(server.start(false));
-        ASSERT_TRUE(waitFor([&] {
-            unit = jackUnit(kOrvan);
-            return unit->plug();
-        }));
-
-        // then the engine finds the unit with no user action, reaches it and hears it
+        ASSERT_TRUE(waitFor([&] { return (unit = jackUnit(QStringLiteral("Orvan")))->plug(); }));
         ASSERT_TRUE(waitFor([&] { return orvan.isConnected(); }));
         const bool on = round % 2 == 0;
         orvan.set(OrvanSwitch::mute, 2, on);
-        const QString expected = on ? QStringLiteral("b0 27 7f") : QStringLiteral("b0 27 00");
-        EXPECT_TRUE(waitFor([&] { return unit->receivedBytes().contains(expected); }));
+        EXPECT_TRUE(waitFor([&] { return unit->receivedBytes().contains(on ? "b0 27 7f" : "b0 27 00"); }));
         EXPECT_TRUE(waitFor([&] {
             unit->play(on ? QStringLiteral("b0 37 7f") : QStringLiteral("b0 37 00"));
             return waitFor([&] { return orvan.channels()[3].mute == on; }, std::chrono::milliseconds(500));
         }));
     }
     unit.reset();
-    // and the engines and the system close with the server still up: no crash at exit
-    engines.clear();
+    engines.clear(); // closed with the server still up: no crash at exit
     system.reset();
 }
 

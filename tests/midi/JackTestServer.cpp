@@ -27,12 +27,12 @@ void forgetStaleServers()
         if (comm.open(QIODevice::ReadOnly) && comm.readAll().trimmed() == "jackd")
             return;
     }
+    // Folders too: the metadata store (display names) is shared by all servers of the user.
     const QDir shm(QStringLiteral("/dev/shm"));
-    for (const QString& file : shm.entryList({QStringLiteral("jack*")}, QDir::Files))
-        QFile::remove(shm.filePath(file));
-    // The metadata store (display names) is shared by all servers of the user.
-    for (const QString& folder : shm.entryList({QStringLiteral("jack*")}, QDir::Dirs | QDir::NoDotAndDotDot))
-        QDir(shm.filePath(folder)).removeRecursively();
+    for (const QFileInfo& entry : shm.entryInfoList({QStringLiteral("jack*")}, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot)) {
+        if (!QFile::remove(entry.filePath()))
+            QDir(entry.filePath()).removeRecursively();
+    }
 }
 
 } // namespace
@@ -59,11 +59,9 @@ bool JackTestServer::start(bool probe)
     // The dummy driver waits one period's worth of real time between cycles. A generous client
     // timeout: on a loaded machine a slow cycle must not get a client thrown out of the graph.
     const qint64 cycleMicroseconds = m_periodFrames * kMicrosecondsPerSecond / kSampleRate;
-    m_jackd.start(QStringLiteral("jackd"),
-                  {QStringLiteral("-n"), m_name, QStringLiteral("-t"), QString::number(kClientTimeoutMilliseconds),
-                   QStringLiteral("-d"), QStringLiteral("dummy"), QStringLiteral("-r"),
-                   QString::number(kSampleRate), QStringLiteral("-p"), QString::number(m_periodFrames),
-                   QStringLiteral("-w"), QString::number(cycleMicroseconds)});
+    m_jackd.start(QStringLiteral("jackd"), QStringLiteral("-n %1 -t %2 -d dummy -r %3 -p %4 -w %5")
+                                               .arg(m_name).arg(kClientTimeoutMilliseconds).arg(kSampleRate).arg(m_periodFrames)
+                                               .arg(cycleMicroseconds).split(QLatin1Char(' ')));
     if (!m_jackd.waitForStarted())
         return false;
     return !probe || (waitFor([this] {

@@ -45,28 +45,18 @@ TEST_P(MidiBattery, AUnitReplugged100TimesUnderTheSameNameHearsAndIsHeardEveryTi
     OrvanMIDI engine(Catalogue::orvan(), *system, clock);
     std::vector<bool> changes;
     QObject::connect(&engine, &OrvanMIDI::isConnectedChanged, [&](bool connected) { changes.push_back(connected); });
-    constexpr int kReplugs = 100;
-    for (int i = 0; i < kReplugs; ++i) {
+    for (int i = 0; i < 100; ++i) {
         SCOPED_TRACE(i);
         const int channel = i % kChannels;
-        // given the unit plugged in again under the same name
         auto unit = linkedUnit(engine);
         ASSERT_TRUE(unit);
-
-        // when the user flips a switch, then the unit receives it
+        // a switch reaches the unit, its report reaches the panel
         engine.set(OrvanSwitch::polarity, channel, true);
-        const QString sent = controlChange(16 * channel + 5, 127);
-        ASSERT_TRUE(waitFor([&] { return unit->receivedBytes().contains(sent); }));
-
-        // when the unit reports, then the panel follows
+        ASSERT_TRUE(waitFor([&] { return unit->receivedBytes().contains(controlChange(16 * channel + 5, 127)); }));
         unit->play(controlChange(16 * channel + 7, 127));
         ASSERT_TRUE(waitFor([&] { return engine.channels()[channel].mute; }));
-
-        // when it is pulled out, politely or all at once, then the engine lets go
-        if (i % 2 == 0)
-            unit->unplug();
-        else
-            unit->yank();
+        // pulled out politely or all at once, the engine lets go
+        unit->unplug(i % 2 == 1);
         ASSERT_TRUE(waitFor([&] { return !engine.isConnected(); }));
         ASSERT_EQ(engine.channels(), defaultChannels(kChannels));
         ASSERT_EQ(std::exchange(changes, {}), (std::vector<bool>{true, false})) << "one change each way";
@@ -75,7 +65,7 @@ TEST_P(MidiBattery, AUnitReplugged100TimesUnderTheSameNameHearsAndIsHeardEveryTi
 
 TEST_P(MidiBattery, AUnitThatVanishesInTheMiddleOfAResetGetsAWholeResetWhenItReturns)
 {
-    // given a connected unit, and a reset under way: the first messages are out
+    // given a reset under way, its first messages out
     OrvanMIDI engine(Catalogue::orvan(), *system, clock);
     RCUModel model(engine, clock);
     auto first = linkedUnit(engine);
@@ -83,14 +73,12 @@ TEST_P(MidiBattery, AUnitThatVanishesInTheMiddleOfAResetGetsAWholeResetWhenItRet
     model.resetAll();
     clock.advance(2 * 12ms);
     ASSERT_TRUE(waitFor([&] { return first->received().size() >= 3; }));
-
-    // when it vanishes, the rest of the reset falls due while it is gone, and it returns
+    // when the unit vanishes, the rest falls due while it is gone, and it returns
     first->yank();
     ASSERT_TRUE(waitFor([&] { return !engine.isConnected(); }));
     clock.runUntilIdle();
     auto second = linkedUnit(engine);
     ASSERT_TRUE(second);
-
     // then nothing of the old reset reaches it; a new reset arrives whole
     model.resetAll();
     clock.runUntilIdle();
@@ -102,38 +90,31 @@ TEST_P(MidiBattery, AUnitThatVanishesInTheMiddleOfAResetGetsAWholeResetWhenItRet
 
 TEST_P(MidiBattery, AResetReachesTheUnitTwelveMillisecondsApartWithTheLongPauseAfterPhantom)
 {
-    // given the model over a connected unit, paced by real timers
+    // paced by real timers, stamped by the unit's own clock
     SystemClock& time = SystemClock::shared();
     OrvanMIDI engine(Catalogue::orvan(), *system, time);
     RCUModel model(engine, time);
     auto unit = linkedUnit(engine);
     ASSERT_TRUE(unit);
-
-    // when the whole unit is reset
     model.resetAll();
     ASSERT_TRUE(waitFor([&] { return unit->received().size() >= std::size_t(kResetMessages); }));
-
-    // then, by the unit's own clock, no two messages came closer than paced, and none earlier
-    // than the pauses before it add up to
+    // no two messages closer than paced, none earlier than the pauses before it add up to
     const auto received = unit->received();
     ASSERT_EQ(received.size(), std::size_t(kResetMessages));
-    // An emulated machine's clock may run slow by a fraction of a percent.
     const auto kStampError = rig->stampError();
-    constexpr double kClockRate = 0.995;
+    constexpr double kClockRate = 0.995; // an emulated machine's clock may run slow
     std::chrono::microseconds planned{0};
     for (std::size_t i = 1; i < received.size(); ++i) {
         const auto pause = i == kChannels ? 12ms + 900ms : 12ms;
         planned += pause;
-        const auto gap = received[i].time - received[i - 1].time;
-        EXPECT_GE(gap, pause * kClockRate - kStampError) << "between message " << i - 1 << " and " << i;
-        const auto elapsed = received[i].time - received[0].time;
-        EXPECT_GE(elapsed, planned * kClockRate - kStampError) << "message " << i << " after the first";
+        EXPECT_GE(received[i].time - received[i - 1].time, pause * kClockRate - kStampError) << "before message " << i;
+        EXPECT_GE(received[i].time - received[0].time, planned * kClockRate - kStampError) << "message " << i << " after the first";
     }
 }
 
 TEST_P(MidiBattery, AFloodOfTenThousandReportsInASecondIsAppliedInOrder)
 {
-    // given a connected unit, and every gain the panel shows for channel 1 written down
+    // every gain the panel shows for channel 1 written down
     OrvanMIDI engine(Catalogue::orvan(), *system, clock);
     auto unit = linkedUnit(engine);
     ASSERT_TRUE(unit);
@@ -143,18 +124,14 @@ TEST_P(MidiBattery, AFloodOfTenThousandReportsInASecondIsAppliedInOrder)
             shown.push_back(*gain);
     });
 
-    // when the unit sends 10,000 gain reports, one every 100 microseconds, each unlike the last
-    constexpr int kReports = 10000;
-    constexpr int kLowest = 6, kValues = 19;
+    // 10,000 gain reports, one every 100 microseconds, each unlike the last
     std::vector<qint64> sent;
     QStringList bytes;
-    for (int i = 0; i < kReports; ++i) {
-        sent.push_back(kLowest + i % kValues);
+    for (int i = 0; i < 10000; ++i) {
+        sent.push_back(6 + i % 19);
         bytes << controlChange(9, int(sent.back()));
     }
     unit->play(bytes.join(QLatin1Char(' ')), 100us);
-
-    // then the panel went through every one of them, in order
     waitFor([&] { return shown.size() >= sent.size(); }, 60s);
     EXPECT_EQ(shown.size(), sent.size());
     EXPECT_TRUE(shown == sent) << "first difference at "

@@ -46,48 +46,34 @@ TEST(MidiWords, ControlChangesBuildComeApartAndBecomeBytesBitForBit)
     EXPECT_EQ(Midi::partsOf(0x20B0FFFFu), (Midi::WordParts{0, 0xB0, 127, 127})) << "data bytes keep seven bits";
 }
 
-struct BytesRow {
-    const char* what;
-    std::vector<quint8> bytes;
-    std::vector<quint32> words;
-};
-
-class JackBytesBecomeWords : public testing::TestWithParam<BytesRow> {};
-
-TEST_P(JackBytesBecomeWords, EveryCompleteControlChangeInAnEventOnAnyChannelBecomesOneWordInOrder)
+TEST(JackBytes, EveryCompleteControlChangeInAnEventOnAnyChannelBecomesOneWordInOrder)
 {
-    const BytesRow& row = GetParam();
-    std::vector<quint32> words;
-
-    MidiBytes::forEachControlChange(std::span<const quint8>(row.bytes), [&](quint32 w) { words.push_back(w); });
-
-    EXPECT_EQ(words, row.words) << row.what;
+    std::vector<quint8> longSysEx{0xF0};
+    longSysEx.insert(longSysEx.end(), 5000, 0x0B); // data bytes that would read as a Control Change
+    longSysEx.push_back(0xF7);
+    struct Row { const char* what; std::vector<quint8> bytes; std::vector<quint32> words; };
+    const Row rows[] = {
+        {"gain of channel 1", {0xB0, 9, 10}, {0x20B0090Au}},
+        {"mute of channel 8 on MIDI channel 5", {0xB4, 119, 64}, {0x20B47740u}},
+        {"running status", {0xB0, 0x17, 0x7F, 0x17, 0x7F}, {0x20B0177Fu, 0x20B0177Fu}},
+        {"clock inside, active sensing after", {0xB0, 9, 0xF8, 10, 0xFE}, {0x20B0090Au}},
+        {"note then Control Change", {0x90, 60, 100, 0xB1, 7, 0}, {0x20B10700u}},
+        {"program change keeps its own running status", {0xC0, 5, 6, 0xB0, 2, 127}, {0x20B0027Fu}},
+        {"pitch bend", {0xE0, 0x00, 0x40}, {}},
+        {"short SysEx between", {0xB0, 9, 10, 0xF0, 0x7D, 0x01, 0xF7, 0xB0, 7, 1}, {0x20B0090Au, 0x20B00701u}},
+        {"long SysEx", longSysEx, {}},
+        {"SysEx cut short by a status", {0xF0, 0x01, 0xB0, 4, 127}, {0x20B0047Fu}},
+        {"song position cancels running status", {0xB0, 9, 10, 0xF2, 1, 2, 3}, {0x20B0090Au}},
+        {"data with no status", {9, 10}, {}},
+        {"truncated", {0xB0, 9}, {}},
+        {"a status inside a Control Change starts over", {0xB0, 9, 0x90, 60, 0}, {}},
+    };
+    for (const Row& row : rows) {
+        std::vector<quint32> words;
+        MidiBytes::forEachControlChange(std::span<const quint8>(row.bytes), [&](quint32 w) { words.push_back(w); });
+        EXPECT_EQ(words, row.words) << row.what;
+    }
 }
-
-const std::vector<quint8> kLongSysEx = [] {
-    std::vector<quint8> bytes{0xF0};
-    bytes.insert(bytes.end(), 5000, 0x0B); // data bytes that would read as a Control Change
-    bytes.push_back(0xF7);
-    return bytes;
-}();
-
-INSTANTIATE_TEST_SUITE_P(Rows, JackBytesBecomeWords, testing::Values(
-    BytesRow{"gain of channel 1", {0xB0, 9, 10}, {0x20B0090Au}},
-    BytesRow{"mute of channel 8 on MIDI channel 5", {0xB4, 119, 64}, {0x20B47740u}},
-    BytesRow{"running status", {0xB0, 0x17, 0x7F, 0x17, 0x7F}, {0x20B0177Fu, 0x20B0177Fu}},
-    BytesRow{"clock before", {0xF8, 0xB0, 9, 10}, {0x20B0090Au}},
-    BytesRow{"clock inside", {0xB0, 9, 0xF8, 10}, {0x20B0090Au}},
-    BytesRow{"active sensing after", {0xB0, 9, 10, 0xFE}, {0x20B0090Au}},
-    BytesRow{"note then Control Change", {0x90, 60, 100, 0xB1, 7, 0}, {0x20B10700u}},
-    BytesRow{"program change keeps its own running status", {0xC0, 5, 6, 0xB0, 2, 127}, {0x20B0027Fu}},
-    BytesRow{"pitch bend", {0xE0, 0x00, 0x40}, {}},
-    BytesRow{"short SysEx between", {0xB0, 9, 10, 0xF0, 0x7D, 0x01, 0xF7, 0xB0, 7, 1}, {0x20B0090Au, 0x20B00701u}},
-    BytesRow{"long SysEx", kLongSysEx, {}},
-    BytesRow{"SysEx cut short by a status", {0xF0, 0x01, 0xB0, 4, 127}, {0x20B0047Fu}},
-    BytesRow{"song position cancels running status", {0xB0, 9, 10, 0xF2, 1, 2, 3}, {0x20B0090Au}},
-    BytesRow{"data with no status", {9, 10}, {}},
-    BytesRow{"truncated", {0xB0, 9}, {}},
-    BytesRow{"a status inside a Control Change starts over", {0xB0, 9, 0x90, 60, 0}, {}}));
 
 snd_seq_event_t event(snd_seq_event_type_t type, int channel = 0, unsigned param = 0, int value = 0)
 {

@@ -7,12 +7,8 @@
 
 namespace orvan::test {
 
-namespace {
-
 constexpr int kLongestSleepMilliseconds = 50;
 constexpr int kProcessEndMilliseconds = 10000;
-
-} // namespace
 
 bool waitFor(const std::function<bool()>& condition, std::chrono::milliseconds timeout)
 {
@@ -28,14 +24,6 @@ bool waitFor(const std::function<bool()>& condition, std::chrono::milliseconds t
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;
-}
-
-SimulatedUnit::SimulatedUnit(QString program, QStringList arguments,
-                             std::function<std::chrono::microseconds(qint64)> stampToTime)
-    : m_program(std::move(program))
-    , m_arguments(std::move(arguments))
-    , m_stampToTime(std::move(stampToTime))
-{
 }
 
 bool SimulatedUnit::plug()
@@ -56,10 +44,7 @@ void SimulatedUnit::unplug(bool abruptly)
 {
     if (!m_process || m_process->state() == QProcess::NotRunning)
         return;
-    if (abruptly)
-        m_process->kill();
-    else
-        m_process->terminate();
+    abruptly ? m_process->kill() : m_process->terminate();
     if (!m_process->waitForFinished(kProcessEndMilliseconds))
         m_process->kill();
     m_process->waitForFinished();

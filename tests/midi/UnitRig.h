@@ -24,7 +24,8 @@ struct ReceivedMessage {
 /// One running orvan-unit-sim: a unit that can be plugged in and pulled out.
 class SimulatedUnit {
 public:
-    SimulatedUnit(QString program, QStringList arguments, std::function<std::chrono::microseconds(qint64)> stampToTime);
+    SimulatedUnit(QString program, QStringList arguments, std::function<std::chrono::microseconds(qint64)> stampToTime)
+        : m_program(std::move(program)), m_arguments(std::move(arguments)), m_stampToTime(std::move(stampToTime)) {}
     ~SimulatedUnit() { unplug(); }
 
     /// Starts it and waits until its ports exist. False if it did not come up.

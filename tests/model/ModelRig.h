@@ -61,6 +61,7 @@ public:
     void reportGain(int channel, int value) { inject(ControlChange::controller(channel, ControlChange::gainOffset), value); }
     void unplug() { system.removeDevice(device); QCoreApplication::processEvents(); }
     void plugIn() { device = system.addDevice(spec.portName); QCoreApplication::processEvents(); }
+    void select(const QList<int>& channels) { for (int ch : channels) model->toggleSelect(ch); }
 
     /// Everything sent to this unit so far, with times relative to `since`.
     std::vector<Wire> wire(std::chrono::nanoseconds since = 0ns) const

@@ -7,12 +7,7 @@ using PacedSendTest = ModelTest;
 
 TEST_F(PacedSendTest, AWholeUnitGoesOutPacedDIThenPhantomThenASettlingPauseThenGainsAndMuteLast)
 {
-    struct Case {
-        const char* name;
-        DeviceSpec spec;
-        std::optional<QList<ChannelSnapshot>> recalled; // absent: a reset
-        std::vector<Wire> expected;
-    };
+    struct Case { const char* name; DeviceSpec spec; std::optional<QList<ChannelSnapshot>> recalled; std::vector<Wire> expected; }; // no recall: a reset
     const Case cases[] = {
         {"two-channel reset", Catalogue::dunra(), std::nullopt,
          {{0, 0, kOff}, {12, 16, kOff},                     // DI
@@ -32,14 +27,13 @@ TEST_F(PacedSendTest, AWholeUnitGoesOutPacedDIThenPhantomThenASettlingPauseThenG
         SCOPED_TRACE(c.name);
         ModelRig rig(c.spec);
         rig.clock.advance(5ms);
-        // when: a confirmed reset or recall
         if (c.recalled) {
             rig.model->recall(Preset{QUuid::createUuid(), QStringLiteral("P"), *c.recalled});
         } else {
             rig.model->powerPressed();
             rig.model->resetAll();
         }
-        // then: the caller is not held up, and the unit gets exactly this
+        // the caller is not held up, and the unit gets exactly this
         EXPECT_TRUE(rig.wire().empty());
         EXPECT_FALSE(rig.model->pendingReset());
         rig.clock.runUntilIdle();
@@ -49,7 +43,7 @@ TEST_F(PacedSendTest, AWholeUnitGoesOutPacedDIThenPhantomThenASettlingPauseThenG
 
 TEST_F(PacedSendTest, AnUnaskedRecallNeverSwitchesPhantomBackOnAfterTheUserTurnedItOff)
 {
-    // given: +48V is on and the preset keeps it on, so the recall asks nothing
+    // +48V is on and the preset keeps it on, so the recall asks nothing
     const QList<ChannelSnapshot> on(2, ChannelSnapshot{10, false, true, false, false, false});
     PresetStorage::save({Preset{QUuid::createUuid(), QStringLiteral("P"), on}}, Catalogue::dunra());
     ModelRig rig(Catalogue::dunra());
@@ -58,7 +52,7 @@ TEST_F(PacedSendTest, AnUnaskedRecallNeverSwitchesPhantomBackOnAfterTheUserTurne
     rig.model->requestRecall();
     ASSERT_FALSE(rig.model->pendingRecall());
     rig.clock.advance(5ms);
-    // when: channel 1's +48V is switched off before the sequence reaches it
+    // channel 1's +48V is switched off before the sequence reaches it
     rig.model->apply(OrvanSwitch::phantom, {0});
     rig.clock.runUntilIdle();
     const auto wire = rig.wire();

@@ -28,7 +28,7 @@ bool waitForSaves(QProcess& child, int saves)
 
 TEST(PresetKillTest, ASaveKilledAtAnyMomentLeavesOneWholeFileAndTheNextSaveCleansUp)
 {
-    // given: a private data folder, shared with the save loop (which inherits the environment)
+    // a private data folder, shared with the save loop (which inherits the environment)
     QTemporaryDir data(QDir(qEnvironmentVariable("ORVAN_TEST_TMP", QDir::tempPath())).filePath(QStringLiteral("kill-XXXXXX")));
     ASSERT_TRUE(data.isValid());
     qputenv("XDG_DATA_HOME", QFile::encodeName(data.path()));
@@ -40,8 +40,7 @@ TEST(PresetKillTest, ASaveKilledAtAnyMomentLeavesOneWholeFileAndTheNextSaveClean
     std::uniform_int_distribution<int> savesBeforeKill(1, kMostSavesBeforeKill), spinSteps(0, kMostSpinSteps);
     for (int kill = 0; kill < kKills; ++kill) {
         SCOPED_TRACE(kill);
-        // when: the loop is killed somewhere in one of its first saves
-        QProcess child;
+        QProcess child; // killed somewhere in one of its first saves
         child.start(QStringLiteral(ORVAN_SAVE_LOOP), {});
         ASSERT_TRUE(child.waitForStarted(kChildTimeoutMs));
         ASSERT_TRUE(waitForSaves(child, savesBeforeKill(random)));
@@ -50,7 +49,7 @@ TEST(PresetKillTest, ASaveKilledAtAnyMomentLeavesOneWholeFileAndTheNextSaveClean
             spinning = step;
         child.kill();
         ASSERT_TRUE(child.waitForFinished(kChildTimeoutMs));
-        // then: one whole list, the old or a new one; anything else beside it is a temporary file
+        // one whole list, the old or a new one; anything else beside it is a temporary file
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const auto list = PresetJson::decode(file.readAll());
@@ -58,9 +57,8 @@ TEST(PresetKillTest, ASaveKilledAtAnyMomentLeavesOneWholeFileAndTheNextSaveClean
         EXPECT_TRUE(list->size() == 0 || list->size() == 3 || list->size() == 40) << list->size() << " presets";
         for (const QString& name : entries())
             EXPECT_TRUE(name == QLatin1String("presets.json") || name.startsWith(QLatin1String("presets.json."))) << name.toStdString();
-        // when the next save runs, only its file is left
         PresetStorage::save({}, Catalogue::orvan());
-        EXPECT_EQ(entries(), QStringList{QStringLiteral("presets.json")});
+        EXPECT_EQ(entries(), QStringList{QStringLiteral("presets.json")}) << "the next save leaves only its file";
     }
 }
 

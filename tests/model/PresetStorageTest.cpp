@@ -2,6 +2,7 @@
 #include "AtomicFile.h"
 #include "PresetJson.h"
 
+#include <QJsonDocument>
 #include <QTemporaryDir>
 
 #include <fcntl.h>
@@ -21,8 +22,7 @@ QByteArray readAll(const QString& path)
 void writeBytes(const QString& path, const QByteArray& bytes)
 {
     QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write(bytes);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size());
 }
 
 /// Every name in the folder of `path`, whatever its type, hidden ones included.
@@ -44,32 +44,14 @@ Preset twoChannelExample()
                   {ChannelSnapshot{12, false, true, false, false, false}, ChannelSnapshot{std::nullopt, false, false, false, true, true}}};
 }
 
-TEST_F(PresetStorageTest, WritesTheTwoChannelExampleByteForByteIntoTheOrvanRCUDataFolder)
+TEST_F(PresetStorageTest, WritesTheTwoChannelExampleIntoTheOrvanRCUDataFolderIndentedByTwo)
 {
     PresetStorage::save({twoChannelExample()}, spec);
-    EXPECT_EQ(readAll(QDir(qEnvironmentVariable("XDG_DATA_HOME")).filePath(QStringLiteral("OrvanRCU/presets-dunra.json"))), R"([
-  {
-    "channels" : [
-      {
-        "di" : false,
-        "gainValue" : 12,
-        "mute" : false,
-        "pad" : false,
-        "phantom" : true,
-        "polarity" : false
-      },
-      {
-        "di" : true,
-        "mute" : true,
-        "pad" : false,
-        "phantom" : false,
-        "polarity" : false
-      }
-    ],
-    "id" : "5A1E0C3B-8F2D-4B6A-9C7E-1D2F3A4B5C6D",
-    "name" : "Preset 1"
-  }
-])");
+    const QByteArray bytes = readAll(QDir(qEnvironmentVariable("XDG_DATA_HOME")).filePath(QStringLiteral("OrvanRCU/presets-dunra.json")));
+    EXPECT_TRUE(bytes.startsWith("[\n  {\n    \"channels\" : [\n      {\n        \"di\" : false,\n        \"gainValue\" : 12,\n"));
+    EXPECT_EQ(QJsonDocument::fromJson(bytes).toJson(QJsonDocument::Compact),
+              R"([{"channels":[{"di":false,"gainValue":12,"mute":false,"pad":false,"phantom":true,"polarity":false},)"
+              R"({"di":true,"mute":true,"pad":false,"phantom":false,"polarity":false}],"id":"5A1E0C3B-8F2D-4B6A-9C7E-1D2F3A4B5C6D","name":"Preset 1"}])");
 }
 
 TEST_F(PresetStorageTest, SavingThenLoadingGivesBackAnEqualListWhateverTheNames)
@@ -132,14 +114,13 @@ TEST_F(PresetStorageTest, ReadsOnlyAWholeWellFormedListAndNeverTouchesTheFile)
 
 TEST_F(PresetStorageTest, AFIFOIsNeverReadLikeAFileButASymlinkToAFileIsFollowed)
 {
-    // given: a FIFO with a writer that never closes it; read like a file, the start-up would wait for ever
+    // a FIFO with a writer that never closes it: read like a file, the start-up would wait for ever
     const QByteArray valid = PresetJson::encode({twoChannelExample()});
     ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
     const int writer = ::open(QFile::encodeName(path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     ASSERT_EQ(::write(writer, valid.constData(), size_t(valid.size())), valid.size());
     EXPECT_EQ(PresetStorage::load(spec), Presets{});
     ::close(writer);
-    // given: a symlink to a file elsewhere
     QTemporaryDir elsewhere;
     writeBytes(elsewhere.filePath("real.json"), valid);
     ASSERT_TRUE(QFile::remove(path) && QFile::link(elsewhere.filePath("real.json"), path));
@@ -148,7 +129,7 @@ TEST_F(PresetStorageTest, AFIFOIsNeverReadLikeAFileButASymlinkToAFileIsFollowed)
 
 TEST_F(PresetStorageTest, ASaveRemovesWhatInterruptedSavesOfItsUnitLeftButNothingElseAndKeepsTheFileUsable)
 {
-    // given: an interrupted save, and names that are not this unit's leftovers or are held by a live save
+    // an interrupted save, and names that are not this unit's leftovers or are held by a live save
     PresetStorage::save({twoChannelExample()}, spec);
     const QByteArray before = readAll(path);
     EXPECT_FALSE(AtomicFile::write(path, "[]", AtomicFile::Stage::stopBeforeRename));
@@ -164,7 +145,7 @@ TEST_F(PresetStorageTest, ASaveRemovesWhatInterruptedSavesOfItsUnitLeftButNothin
     ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), 0), 0);
     PresetStorage::save({}, spec);
     ::close(held);
-    // then: the new file keeps the old one's mode, but never so far as to lock its owner out
+    // the new file keeps the old one's mode, but never so far as to lock its owner out
     EXPECT_EQ(readAll(path), "[]");
     struct stat st {};
     ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &st), 0);

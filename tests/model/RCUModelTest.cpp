@@ -14,7 +14,6 @@ Preset presetOf(const QString& name, const QList<bool>& phantom)
 }
 Preset presetNamed(const QString& name) { return presetOf(name, QList<bool>(8, false)); }
 
-
 TEST_F(RCUModelTest, CycleSelectionStepsThroughSingleChannelsThenAll)
 {
     struct Case { DeviceSpec spec; QList<int> start; std::vector<QList<int>> expected; };
@@ -26,8 +25,7 @@ TEST_F(RCUModelTest, CycleSelectionStepsThroughSingleChannelsThenAll)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.spec.title.toStdString());
         ModelRig rig(c.spec);
-        for (int ch : c.start)
-            rig.model->toggleSelect(ch);
+        rig.select(c.start);
         for (const QList<int>& expected : c.expected) {
             rig.model->cycleSelection();
             EXPECT_EQ(rig.model->selected(), expected);
@@ -38,8 +36,7 @@ TEST_F(RCUModelTest, CycleSelectionStepsThroughSingleChannelsThenAll)
 TEST_F(RCUModelTest, SelectingKeepsChannelsAscendingWithinTheUnitUnpluggingEmptiesItAndPowerLooksForTheUnitAgain)
 {
     ModelRig rig(Catalogue::orvan());
-    for (int ch : {5, 1, 8, -1, 3, 5})
-        rig.model->toggleSelect(ch);
+    rig.select({5, 1, 8, -1, 3, 5});
     EXPECT_EQ(rig.model->selected(), (QList<int>{1, 3}));
     rig.model->adjustSelected(2);
     EXPECT_EQ(rig.messages(), (Messages{{25, 8}, {57, 8}})) << "a step moves the selected channels";
@@ -88,8 +85,7 @@ TEST_F(RCUModelTest, GroupToggleTurnsAllOnUnlessAllAreOnAndAsksBeforePhantomGoes
 TEST_F(RCUModelTest, ConfirmingPhantomSwitchesThePendingChannelsOnInListOrderAndEndsTheQuestionEvenWhenUnplugged)
 {
     ModelRig rig(Catalogue::orvan());
-    rig.model->toggleSelect(5);
-    rig.model->toggleSelect(2);
+    rig.select({5, 2});
     rig.model->applyToSelected(OrvanSwitch::phantom);
     ASSERT_TRUE(rig.messages().empty());
     rig.model->confirmPhantom();
@@ -160,8 +156,7 @@ TEST_F(RCUModelTest, TheKnobFollowsTheLowestSelectedChannelsGainAcrossItsRange)
         rig.report(0, OrvanSwitch::di, c.di);
         if (c.gain)
             rig.reportGain(0, *c.gain);
-        for (int ch : c.select)
-            rig.model->toggleSelect(ch);
+        rig.select(c.select);
         EXPECT_DOUBLE_EQ(rig.model->knobAngle(), c.degrees);
     }
 }
@@ -169,7 +164,6 @@ TEST_F(RCUModelTest, TheKnobFollowsTheLowestSelectedChannelsGainAcrossItsRange)
 
 TEST_F(RCUModelTest, SavingProposesANameTrimsOnlyBlanksReplacesAnExactNameAndAppendsOtherwise)
 {
-    // given a preset saved under a name with blanks around it
     ModelRig rig(Catalogue::dunra());
     rig.reportGain(0, 9);
     rig.model->beginSave();
@@ -178,21 +172,20 @@ TEST_F(RCUModelTest, SavingProposesANameTrimsOnlyBlanksReplacesAnExactNameAndApp
     rig.model->setPresetNameDraft(QStringLiteral(" \tVocals  "));
     rig.model->commitSave();
     const QUuid id = rig.model->presets().at(0).id;
-    // when the unit changes and the same name is saved again, then other names
+    // the unit changes, the same name is saved again, then other names
     rig.reportGain(0, 11);
     rig.report(1, OrvanSwitch::di, true);
-    for (const QString& draft : {QStringLiteral("Vocals"), QStringLiteral("vocals"), QStringLiteral(" \t\nVocals\r\n\t "),
-                                 QStringLiteral("\u00a0Vocals\u2003"), QStringLiteral(" \t \t")}) {
-        rig.model->setPresetNameDraft(draft);
+    for (const char16_t* draft : {u"Vocals", u"vocals", u" \t\nVocals\r\n\t ", u"\u00a0Vocals\u2003", u" \t \t"}) {
+        rig.model->setPresetNameDraft(QString::fromUtf16(draft));
         rig.model->commitSave();
     }
-    // then: line breaks and other spaces are part of a name; a blank name saves nothing
+    // line breaks and other spaces are part of a name; a blank name saves nothing
     const Presets presets = rig.model->presets();
     ASSERT_EQ(presets.size(), 4);
     EXPECT_EQ(presets[0].id, id);
     EXPECT_EQ(presets[0].channels[0], (ChannelSnapshot{11, false, false, false, false, false}));
     EXPECT_EQ(presets[0].channels[1].di, true);
-    const QStringList names{QStringLiteral("Vocals"), QStringLiteral("vocals"), QStringLiteral("\nVocals\r\n"), QStringLiteral("\u00a0Vocals\u2003")};
+    const QStringList names{"Vocals", "vocals", "\nVocals\r\n", "\u00a0Vocals\u2003"};
     for (int i = 0; i < names.size(); ++i)
         EXPECT_EQ(presets[i].name, names[i]);
     EXPECT_EQ(rig.model->presetIndex(), 3);
@@ -261,7 +254,6 @@ TEST_F(RCUModelTest, RecallAsksOnlyWhenThePresetWouldSwitchPhantomOnOnAChannelTh
     }
 }
 
-
 TEST_F(RCUModelTest, StatusLinesShowConnectionSelectionAndTheLowestSelectedGain)
 {
     struct Case { bool present; QList<int> select; std::optional<int> gainOfChannel0; std::pair<QString, QString> expected; };
@@ -277,8 +269,7 @@ TEST_F(RCUModelTest, StatusLinesShowConnectionSelectionAndTheLowestSelectedGain)
         ModelRig rig(Catalogue::orvan(), c.present);
         if (c.gainOfChannel0)
             rig.reportGain(0, *c.gainOfChannel0);
-        for (int ch : c.select)
-            rig.model->toggleSelect(ch);
+        rig.select(c.select);
         EXPECT_EQ(rig.model->lcdLines(), c.expected);
     }
 }
@@ -288,7 +279,7 @@ TEST_F(RCUModelTest, DemoModeSelectsEachUnitsSampleChannelsAndItsPresetsLiveInMe
     const std::pair<DeviceSpec, QList<int>> cases[] = {{Catalogue::orvan(), {3, 4}}, {Catalogue::dunra(), {0}}, {Catalogue::melko(), {}}};
     for (const auto& [spec, expected] : cases) {
         SCOPED_TRACE(spec.title.toStdString());
-        // one model switched into demo mode while running, one started in it (which loads its file all the same)
+        // one model switched into demo mode while running, one started in it (loading its file all the same)
         DemoMode::shared().setActive(false);
         const Presets stored{presetNamed("Stored")};
         PresetStorage::save(stored, spec);

@@ -21,7 +21,6 @@ struct UndoRig : ModelRig {
                     const ChannelStates& shown)
     {
         const std::size_t undoable = history.undoCount();
-        const int moved = op == &UndoHistory::undo ? -1 : 1;
         system.clearSent();
         const auto start = clock.now();
         (history.*op)();
@@ -38,7 +37,7 @@ struct UndoRig : ModelRig {
         clock.runUntilIdle();
         EXPECT_EQ(wire(start), expected);
         EXPECT_EQ(engine->channels(), shown);
-        EXPECT_EQ(history.undoCount(), undoable + moved);
+        EXPECT_EQ(history.undoCount(), undoable + (op == &UndoHistory::undo ? -1 : 1));
     }
 
     UndoHistory history{clock};
@@ -56,15 +55,10 @@ using UndoHistoryTest = ModelTest;
 
 TEST_F(UndoHistoryTest, EachActionUndoesAndRedoesAsOneStepWithTheMessagesOfAClickAndThePacingOfARecall)
 {
+    using Step = std::function<void(UndoRig&)>;
     struct Row {
-        const char* name;
-        DeviceSpec spec;
-        std::function<void(UndoRig&)> given;
-        std::function<void(UndoRig&)> action;
-        std::vector<Wire> undone;
-        std::optional<QList<int>> undoAsks;
-        std::vector<Wire> redone;
-        std::optional<QList<int>> redoAsks;
+        const char* name; DeviceSpec spec; Step given, action;
+        std::vector<Wire> undone; std::optional<QList<int>> undoAsks = {}; std::vector<Wire> redone; std::optional<QList<int>> redoAsks = {};
         bool present = true;
     };
     const auto nothing = [](UndoRig&) {};
@@ -128,15 +122,14 @@ TEST_F(UndoHistoryTest, EachActionUndoesAndRedoesAsOneStepWithTheMessagesOfAClic
 
 TEST_F(UndoHistoryTest, OneHistoryAcrossUnitsRestoresItsOwnValuesAndForgetsAnUnpluggedUnit)
 {
-    // given: an Orvan and a Dunra on one MIDI system, one history over both
+    // an Orvan and a Dunra on one MIDI system, one history over both
     UndoRig rig(Catalogue::orvan());
     auto dunraDevice = rig.system.addDevice(QStringLiteral("Dunra"));
     OrvanMIDI dunraEngine(Catalogue::dunra(), rig.system, rig.clock);
     RCUModel dunra(dunraEngine, rig.clock);
     rig.history.follow(dunra);
     rig.reportGain(1, 10);
-
-    // when: three actions, a switch on the unit's front during the last, then its own knob
+    // three actions, a switch on the unit's front during the last, then its own knob
     rig.model->apply(OrvanSwitch::mute, {0});
     dunra.apply(OrvanSwitch::pad, {0});
     notches(rig, 1, [&] { rig.model->adjustGain(1, {1}); });
@@ -144,8 +137,7 @@ TEST_F(UndoHistoryTest, OneHistoryAcrossUnitsRestoresItsOwnValuesAndForgetsAnUnp
     notches(rig, 1, [&] { rig.model->adjustGain(1, {1}); });
     rig.reportGain(1, 7);
     EXPECT_EQ(rig.history.undoCount(), 3u) << "reports are not steps";
-
-    // then: undo brings back the gain from before the action, not the unit's
+    // undo brings back the gain from before the action, not the unit's
     rig.system.clearSent();
     rig.history.undo();
     EXPECT_EQ(rig.messages(), (Messages{{25, 10}}));
@@ -159,7 +151,6 @@ TEST_F(UndoHistoryTest, OneHistoryAcrossUnitsRestoresItsOwnValuesAndForgetsAnUnp
     EXPECT_EQ(rig.messages(), (Messages{{25, 10}, {7, kOff}, {7, kOn}, {25, 12}}));
     EXPECT_TRUE(rig.system.sentTo(QStringLiteral("Dunra")).empty());
     EXPECT_TRUE(rig.engine->channels()[3].pad) << "the unit's own change is left alone";
-
     // and a new action ends what could be redone, and the oldest steps fall away after a hundred
     rig.history.undo();
     rig.model->apply(OrvanSwitch::polarity, {0});

@@ -19,11 +19,10 @@ TEST(ArrivalQuestion, AUnitPluggedInLaterIsNamedAndSentItsSessionSettingsOnlyOnS
         link->recall().open({{QStringLiteral("Dunra"), state}});
         link->recall().scanStarted();
         rig.clock.advance(SessionRecall::kOpeningScan);
-        // when: it is plugged in
         rig.devices[QStringLiteral("Dunra")] = rig.midi->addDevice(QStringLiteral("Dunra"));
         QApplication::processEvents();
         rig.clock.advance(std::chrono::milliseconds(0));
-        // then: a question that names it, and nothing sent yet
+        // a question that names it, and nothing sent yet
         QMessageBox* question = link->arrivalQuestion();
         ASSERT_TRUE(question);
         EXPECT_TRUE(question->text().contains(QStringLiteral("Dunra")));
@@ -31,7 +30,6 @@ TEST(ArrivalQuestion, AUnitPluggedInLaterIsNamedAndSentItsSessionSettingsOnlyOnS
         EXPECT_EQ(question->defaultButton()->text(), QStringLiteral("Cancel"));
         rig.clock.runUntilIdle();
         EXPECT_TRUE(rig.sent(QStringLiteral("Dunra")).empty());
-        // when answered
         if (send) {
             const auto buttons = question->buttons();
             const auto found = std::ranges::find_if(buttons, [](QAbstractButton* b) { return b->text() == QStringLiteral("Send"); });

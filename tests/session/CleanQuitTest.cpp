@@ -16,10 +16,7 @@ using namespace std::chrono_literals;
 
 TEST(CleanQuit, SigtermSigintCtrlQAndClosingTheWindowAllEndTheLoopWithStatusZero)
 {
-    const struct {
-        const char* name;
-        std::function<void(QWidget&)> ask;
-    } ways[] = {
+    const struct { const char* name; std::function<void(QWidget&)> ask; } ways[] = {
         {"SIGTERM", [](QWidget&) { std::raise(SIGTERM); }},
         {"SIGINT", [](QWidget&) { std::raise(SIGINT); }},
         {"Ctrl+Q", [](QWidget& w) {
@@ -30,12 +27,11 @@ TEST(CleanQuit, SigtermSigintCtrlQAndClosingTheWindowAllEndTheLoopWithStatusZero
     };
     for (const auto& way : ways) {
         SCOPED_TRACE(way.name);
-        // given: a window and the quit path, with time in the test's hands
         QWidget window;
         ManualClock clock;
         new CleanQuit(window, clock);
         window.show();
-        // when: asked; the loop ends once the last message had time to leave
+        // the loop ends once the last message had time to leave
         QTimer::singleShot(0, &window, [&] {
             way.ask(window);
             QTimer::singleShot(0, &window, [&] {

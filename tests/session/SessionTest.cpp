@@ -37,7 +37,6 @@ TEST_F(SessionTest, TheFileKeepsEveryUnitsChannelsAndReadsBackOnlyWhatItWrote)
     QTemporaryDir folder(qEnvironmentVariable("ORVAN_TEST_TMP") + QStringLiteral("/sessionXXXXXX"));
     const QString path = SessionFile::pathFor(folder.filePath(QStringLiteral("take-3")));
     EXPECT_EQ(path, folder.filePath(QStringLiteral("take-3.json")));
-    // given / when: a new session (no file) and a saved one
     EXPECT_EQ(SessionFile::load(path), SessionState{});
     const SessionState state{{QStringLiteral("Dunra"), kVocal}, {QStringLiteral("Melko"), kMelko}};
     ASSERT_TRUE(SessionFile::save(path, state));
@@ -48,7 +47,6 @@ TEST_F(SessionTest, TheFileKeepsEveryUnitsChannelsAndReadsBackOnlyWhatItWrote)
     for (const QByteArray& malformed : {QByteArray("[]"), QByteArray(R"({"Dunra": {"mute": false}})"),
                                         QByteArray(R"({"Dunra": [{"gainValue": 6}]})"), SessionFile::encode(state).chopped(3)})
         EXPECT_EQ(SessionFile::decode(malformed), std::nullopt) << malformed.toStdString();
-    // A save that cannot happen (no folder) says so.
     EXPECT_FALSE(SessionFile::save(folder.filePath(QStringLiteral("gone/take-4.json")), state));
 }
 
@@ -79,28 +77,21 @@ TEST_F(SessionTest, OpeningRecallsAPresentUnitPacedAndNeverTheListenOnlyUnit)
 
 TEST_F(SessionTest, AUnitArrivingAfterTheOpeningScanIsAskedAboutAndSentNothingUnlessTheAnswerIsSend)
 {
-    struct Case {
-        const char* name;
-        std::chrono::milliseconds arrivesAfterScanStart;
-        std::optional<bool> answer; // absent: the unit leaves while asked
-        bool recalled;
-    };
+    struct Case { const char* name; std::chrono::milliseconds arrivesAfterScanStart; std::optional<bool> answer; bool recalled; };
     const Case cases[] = {
         {"within the opening scan: present at open", SessionRecall::kOpeningScan - 1ms, std::nullopt, true},
         {"later, cancelled", SessionRecall::kOpeningScan, false, false},
-        {"later, unplugged while asked", SessionRecall::kOpeningScan, std::nullopt, false},
+        {"later, unplugged while asked", SessionRecall::kOpeningScan, std::nullopt /* no answer */, false},
         {"later, sent", SessionRecall::kOpeningScan + 1ms, true, true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        // given: a session opened without the unit
-        SessionRig rig(false);
+        SessionRig rig(false); // a session opened without the unit
         rig.recall.open({{QStringLiteral("Dunra"), kVocal}});
         rig.recall.scanStarted();
         rig.dunra.clock.advance(c.arrivesAfterScanStart);
-        // when: it arrives and the app's next turn runs
         rig.dunra.plugIn();
-        rig.dunra.clock.advance(0ms);
+        rig.dunra.clock.advance(0ms); // the app's next turn
         if (c.arrivesAfterScanStart >= SessionRecall::kOpeningScan) {
             ASSERT_EQ(rig.recall.pendingArrival(), rig.dunra.model.get());
             rig.dunra.clock.runUntilIdle();
@@ -126,7 +117,6 @@ TEST_F(SessionTest, AnyChangeOfChannelsIsUnsavedUntilSavedAndAnAbsentUnitKeepsIt
     const SessionState captured = rig.recall.capture();
     EXPECT_EQ(captured.value(QStringLiteral("Dunra")), kVocal);
     EXPECT_NE(captured.value(QStringLiteral("Melko")), kMelko);
-    // A report from a unit is a change.
     rig.melko.reportGain(0, 9);
     EXPECT_TRUE(rig.recall.isDirty());
     rig.recall.saved(rig.recall.capture());
@@ -139,11 +129,7 @@ TEST_F(SessionTest, AnyChangeOfChannelsIsUnsavedUntilSavedAndAnAbsentUnitKeepsIt
 
 TEST_F(SessionTest, QuittingStopsPacedSendsButNeverCutsAPhantomBlockInHalf)
 {
-    struct Case {
-        const char* name;
-        std::chrono::milliseconds quitAt; // after the first message (DI of channel 1)
-        Messages sent;
-    };
+    struct Case { const char* name; std::chrono::milliseconds quitAt; Messages sent; }; // quitAt: after the first message
     // A confirmed recall of +48V on both channels: DI 0 ms, DI 12, +48V 24 and 36, then 900 ms.
     const Case cases[] = {
         {"before the +48V block", 5ms, {{0, kOff}}},
@@ -166,7 +152,7 @@ TEST_F(SessionTest, QuittingStopsPacedSendsButNeverCutsAPhantomBlockInHalf)
 
 TEST_F(SessionTest, BeforeTheSessionOpensNoMidiClientExistsAndAfterwardsTheEngineFindsItsUnit)
 {
-    // given: a unit on the system behind the gate, and an engine over the gate
+    // a unit on the system behind the gate, and an engine over the gate
     ManualClock clock;
     VirtualMidiSystem* behind = nullptr;
     GatedMidiSystem gate([&] {

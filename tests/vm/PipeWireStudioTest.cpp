@@ -32,10 +32,7 @@ constexpr std::size_t kRecallMessages = kChannels + 3 * kChannels + kChannels;
 constexpr std::size_t kMessages = 2 + kRecallMessages;
 constexpr std::size_t kFirstRecalled = 2;
 
-bool withPipeWireJack()
-{
-    return qgetenv("ORVAN_JACK_LIBRARY") == "pipewire";
-}
+bool withPipeWireJack() { return qgetenv("ORVAN_JACK_LIBRARY") == "pipewire"; }
 
 Preset recalledPreset()
 {
@@ -45,7 +42,6 @@ Preset recalledPreset()
     return preset;
 }
 
-/// What one drive of a unit through an engine saw.
 struct Drive {
     std::vector<ReceivedMessage> received; ///< by the unit: click, gain step, recall
     QStringList names;                     ///< every endpoint the system listed while linked
@@ -152,22 +148,18 @@ const Drive& plainAlsa()
 }
 
 class PipeWireStudio : public testing::Test {
-protected:
     void SetUp() override { DemoMode::shared().setActive(false); }
 };
 
 TEST_F(PipeWireStudio, TheAppDrivesAUnitSeenTwiceOnceThroughTheKernelSequencer)
 {
-    // given the unit on the kernel sequencer, bridged into PipeWire's graph
+    // the unit on the kernel sequencer, bridged into PipeWire's graph, driven by the app's own system
     const Drive& plain = plainAlsa();
     auto unit = alsaUnit(kOrvan);
     ASSERT_TRUE(unit->plug());
-
-    // when the app's own MIDI system (ALSA, then JACK) drives it
     auto system = createLinuxMidiSystem();
     const Drive d = drive(*system, *unit, withPipeWireJack());
-
-    // then JACK saw the bridged unit exactly when its library is PipeWire's, yet the unit was
+    // JACK saw the bridged unit exactly when its library is PipeWire's, yet the unit was
     // driven through the sequencer alone: every message once, in the bytes and pacing of plain ALSA
     EXPECT_EQ(listsTheBridgedUnit(d.names), withPipeWireJack()) << d.names.join(QStringLiteral(" | ")).toStdString();
     EXPECT_EQ(d.readers.join(QStringLiteral(", ")).toStdString(), "OrvanRCU-Orvan");
@@ -182,12 +174,9 @@ TEST_F(PipeWireStudio, AUnitOnlyInTheGraphIsFoundThereAndDrivenOnce)
     const Drive& plain = plainAlsa();
     auto unit = alsaUnit(kOrvan);
     ASSERT_TRUE(unit->plug());
-
-    // when only JACK looks, so the unit is reachable only through PipeWire's bridge
-    JackMidiSystem jack;
+    JackMidiSystem jack; // only JACK looks: the unit is reachable only through PipeWire's bridge
     const Drive d = drive(jack, *unit);
-
-    // then the bridge carries it, every message once; its cycles may hold a message back one
+    // the bridge carries it, every message once; its cycles may hold a message back one
     // period, and under load it was seen to swap two neighbours 12 ms apart (always different
     // controllers), so the order is checked where it matters: the +48V block before its pause
     EXPECT_FALSE(d.readers.contains(QStringLiteral("OrvanRCU-Orvan"))) << d.readers.join(QStringLiteral(", ")).toStdString();
