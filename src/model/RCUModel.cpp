@@ -274,68 +274,14 @@ void RCUModel::onConnection(bool connected)
 void RCUModel::setSelected(QList<int> selected)
 {
     std::ranges::sort(selected);
-    if (selected == m_selected)
-        return;
-    m_selected = std::move(selected);
-    emit selectedChanged();
+    publish(this, &RCUModel::selectedChanged, m_selected, std::move(selected));
 }
 
 void RCUModel::setPendingPhantom(std::optional<QList<int>> channels)
 {
     // Whatever ends or replaces the question also ends a restore that waited for it.
     m_pendingRestore.reset();
-    if (channels == m_pendingPhantom)
-        return;
-    m_pendingPhantom = std::move(channels);
-    emit pendingPhantomChanged();
-}
-
-void RCUModel::setPendingReset(bool pending)
-{
-    if (pending == m_pendingReset)
-        return;
-    m_pendingReset = pending;
-    emit pendingResetChanged();
-}
-
-void RCUModel::setPendingRecall(std::optional<Preset> preset)
-{
-    if (preset == m_pendingRecall)
-        return;
-    m_pendingRecall = std::move(preset);
-    emit pendingRecallChanged();
-}
-
-void RCUModel::setPresets(Presets presets)
-{
-    if (presets == m_presets)
-        return;
-    m_presets = std::move(presets);
-    emit presetsChanged();
-}
-
-void RCUModel::setPresetIndex(std::optional<qint64> index)
-{
-    if (index == m_presetIndex)
-        return;
-    m_presetIndex = index;
-    emit presetIndexChanged();
-}
-
-void RCUModel::setSavingPreset(bool saving)
-{
-    if (saving == m_savingPreset)
-        return;
-    m_savingPreset = saving;
-    emit savingPresetChanged();
-}
-
-void RCUModel::setPresetNameDraft(const QString& draft)
-{
-    if (draft == m_presetNameDraft)
-        return;
-    m_presetNameDraft = draft;
-    emit presetNameDraftChanged();
+    publish(this, &RCUModel::pendingPhantomChanged, m_pendingPhantom, std::move(channels));
 }
 
 } // namespace orvan

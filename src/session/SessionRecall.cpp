@@ -125,12 +125,4 @@ void SessionRecall::recall(RCUModel* model)
         model->requestRecall(Preset{QUuid(), kSessionPresetName, m_state->value(model->midi().spec().title)});
 }
 
-void SessionRecall::setDirty(bool dirty)
-{
-    if (dirty == m_dirty)
-        return;
-    m_dirty = dirty;
-    emit dirtyChanged(dirty);
-}
-
 } // namespace orvan

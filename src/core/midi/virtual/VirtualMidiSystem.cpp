@@ -123,8 +123,6 @@ bool VirtualMidiSystem::isAttached(MidiEndpointRef source) const
 
 MidiClientRef VirtualMidiSystem::createClient(const QString& name, NotifyCallback notify)
 {
-    if (m_unavailable)
-        return 0;
     const MidiClientRef ref = m_nextRef++;
     m_clients[ref] = {name, std::move(notify)};
     return ref;
@@ -132,7 +130,7 @@ MidiClientRef VirtualMidiSystem::createClient(const QString& name, NotifyCallbac
 
 MidiPortRef VirtualMidiSystem::createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive)
 {
-    if (m_unavailable || !m_clients.contains(client))
+    if (!m_clients.contains(client))
         return 0;
     const MidiPortRef ref = m_nextRef++;
     m_ports[ref] = {client, name, std::move(receive), {}};
@@ -141,7 +139,7 @@ MidiPortRef VirtualMidiSystem::createInputPort(MidiClientRef client, const QStri
 
 MidiPortRef VirtualMidiSystem::createOutputPort(MidiClientRef client, const QString& name)
 {
-    if (m_unavailable || !m_clients.contains(client))
+    if (!m_clients.contains(client))
         return 0;
     const MidiPortRef ref = m_nextRef++;
     m_ports[ref] = {client, name, {}, {}};

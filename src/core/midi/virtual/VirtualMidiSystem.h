@@ -32,10 +32,6 @@ public:
 
     explicit VirtualMidiSystem(const Clock* clock = nullptr);
 
-    /// When set, the system behaves as if there were none: creations fail (handle 0) and no
-    /// endpoint is listed.
-    void setUnavailable(bool unavailable) { m_unavailable = unavailable; }
-
     MidiEndpointRef addSource(std::optional<QString> name);
     MidiEndpointRef addDestination(std::optional<QString> name);
     struct Device {
@@ -67,9 +63,9 @@ public:
     MidiClientRef createClient(const QString& name, NotifyCallback notify) override;
     MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
     MidiPortRef createOutputPort(MidiClientRef client, const QString& name) override;
-    int sourceCount() const override { return m_unavailable ? 0 : int(m_sources.size()); }
+    int sourceCount() const override { return int(m_sources.size()); }
     MidiEndpointRef source(int index) const override;
-    int destinationCount() const override { return m_unavailable ? 0 : int(m_destinations.size()); }
+    int destinationCount() const override { return int(m_destinations.size()); }
     MidiEndpointRef destination(int index) const override;
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
@@ -91,7 +87,6 @@ private:
     MidiEndpointRef addEndpoint(std::vector<MidiEndpointRef>& list, std::optional<QString> name, bool notify);
 
     const Clock* m_clock;
-    bool m_unavailable = false;
     quint32 m_nextRef = 1;
     std::map<MidiClientRef, Client> m_clients;
     std::map<MidiPortRef, Port> m_ports;
