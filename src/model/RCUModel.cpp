@@ -26,13 +26,6 @@ const SampleSelection kSampleSelections[] = {
     {"Dunra", {0}},
 };
 
-const QString kLinked = QStringLiteral(" USB: Linked");
-const QString kNotFound = QStringLiteral(": not found");
-const QString kSelectPrompt = QStringLiteral("Select channel(s)");
-const QString kUnknownGain = QStringLiteral("--");
-const QString kDecibels = QStringLiteral("dB");
-const QString kChannelPrefix = QStringLiteral("Ch ");
-
 /// Names the control a gain step came from, for telling runs of steps apart.
 QString runName(const char* control, const QList<int>& channels)
 {
@@ -227,16 +220,17 @@ double RCUModel::knobAngle() const
 
 std::pair<QString, QString> RCUModel::lcdLines() const
 {
-    const QString first = m_midi.spec().title + (isConnected() ? kLinked : kNotFound);
+    const QString link = isConnected() ? QStringLiteral(" USB: Linked") : QStringLiteral(": not found");
+    const QString first = m_midi.spec().title + link;
     if (m_selected.isEmpty())
-        return {first, kSelectPrompt};
+        return {first, QStringLiteral("Select channel(s)")};
 
     QString numbers;
     for (int c : m_selected)
         numbers += QString::number(c + 1);
     const auto shown = shownGainDecibels(m_midi.channels().at(m_selected.front()));
-    const QString gain = (shown ? QString::number(*shown) : kUnknownGain) + kDecibels;
-    return {first, kChannelPrefix + numbers + u' ' + gain};
+    const QString gain = (shown ? QString::number(*shown) : QStringLiteral("--")) + QStringLiteral("dB");
+    return {first, QStringLiteral("Ch ") + numbers + u' ' + gain};
 }
 
 // --- Lifecycle ----------------------------------------------------------------------------------
