@@ -72,6 +72,8 @@ public:
     const Presets& presets() const { return m_presets; }
     std::optional<qint64> presetIndex() const { return m_presetIndex; }
     std::optional<Preset> currentPreset() const;
+    /// The channels as the panel shows them, in a preset's form (DI only on a unit that has it).
+    QList<ChannelSnapshot> shownChannels() const;
 
     void beginSave();
     void commitSave();
