@@ -25,12 +25,12 @@ MidiClientRef CombinedMidiSystem::createClient(const QString& name, NotifyCallba
 
 MidiPortRef CombinedMidiSystem::createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive)
 {
-    return createPort(client, [&](MidiSystem& system, MidiClientRef c) { return system.createInputPort(c, name, receive); });
+    return createPort(client, [&](MidiSystem& s, MidiClientRef c) { return s.createInputPort(c, name, receive); });
 }
 
 MidiPortRef CombinedMidiSystem::createOutputPort(MidiClientRef client, const QString& name)
 {
-    return createPort(client, [&](MidiSystem& system, MidiClientRef c) { return system.createOutputPort(c, name); });
+    return createPort(client, [&](MidiSystem& s, MidiClientRef c) { return s.createOutputPort(c, name); });
 }
 
 MidiPortRef CombinedMidiSystem::createPort(MidiClientRef client, const CreatePort& create)
