@@ -3,7 +3,7 @@
 #include "../../time/SystemClock.h"
 #include "../MidiEndpointRefs.h"
 #include "../MidiPortTable.h"
-#include "../ListingMidiSystem.h"
+#include "JackClient.h"
 #include "RetryBackoff.h"
 
 #include <QObject>
@@ -14,7 +14,6 @@ namespace orvan {
 
 class JackServerWatch;
 class SerialWorker;
-struct JackClient;
 
 /// JACK behind the MIDI system seam. Never starts a server (JackNoStartServer).
 ///
@@ -27,7 +26,7 @@ struct JackClient;
 ///
 /// A detach is done at once: CombinedMidiSystem holds a rescan's detaches back. Display name of a
 /// port: its JACK_METADATA_PRETTY_NAME when set, else its short name.
-class JackMidiSystem final : public ListingMidiSystem {
+class JackMidiSystem final : public PortTableMidiSystem<JackClient> {
 public:
     /// With `waitForStart`, nothing opens before start(): opening clients makes the server and its
     /// real-time threads busy, which a window drawing its first frame on a small machine feels.
@@ -40,8 +39,6 @@ public:
     quint64 droppedReports() const;
 
     MidiClientRef createClient(const QString& name, NotifyCallback notify) override;
-    MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
-    MidiPortRef createOutputPort(MidiClientRef client, const QString& name) override;
     void refresh() override;
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
@@ -51,6 +48,7 @@ public:
     void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) override;
 
 private:
+    void openPorts(JackClient& client) override;
     void requestOpen();
     void startOpen();
     void handOver(const std::vector<JackClient*>& tried, const std::vector<JackClient*>& opened, bool answered);
@@ -61,7 +59,6 @@ private:
     JackClient* clientOf(MidiPortRef port, bool isInput) const;
     QString nameOf(MidiEndpointRef ref) const;
 
-    MidiPortTable<JackClient> m_table;
     Scheduler& m_scheduler;
     bool m_started;
     bool m_openPosted = false; // a start of opening is queued on the main loop
