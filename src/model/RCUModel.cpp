@@ -6,6 +6,7 @@
 #include "PresetStorage.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace orvan {
@@ -59,19 +60,15 @@ bool RCUModel::isConnected() const { return m_midi.isConnected(); }
 QList<int> RCUModel::validChannels(const QList<int>& channels) const
 {
     // Indices outside the unit never reach the engine.
-    QList<int> valid;
-    for (int c : channels) {
-        if (c >= 0 && c < m_midi.spec().channelCount)
-            valid.append(c);
-    }
+    QList<int> valid = channels;
+    valid.removeIf([this](int c) { return c < 0 || c >= m_midi.spec().channelCount; });
     return valid;
 }
 
 QList<int> RCUModel::allChannels() const
 {
-    QList<int> all;
-    for (int c = 0; c < m_midi.spec().channelCount; ++c)
-        all.append(c);
+    QList<int> all(m_midi.spec().channelCount);
+    std::iota(all.begin(), all.end(), 0);
     return all;
 }
 
@@ -82,9 +79,7 @@ void RCUModel::toggleSelect(int channel)
     if (!isConnected() || validChannels({channel}).isEmpty())
         return;
     QList<int> next = m_selected;
-    if (next.contains(channel))
-        next.removeAll(channel);
-    else
+    if (next.removeAll(channel) == 0)
         next.append(channel);
     setSelected(std::move(next));
 }
