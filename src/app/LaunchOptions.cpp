@@ -4,18 +4,13 @@
 
 namespace orvan {
 
-namespace {
-const QString kRenderIcon = QStringLiteral("--render-icon");
-const QString kDemo = QStringLiteral("--demo");
-} // namespace
-
 LaunchOptions parseLaunchOptions(const QStringList& arguments)
 {
     LaunchOptions options;
-    options.demo = arguments.indexOf(kDemo, 1) >= 0;
+    options.demo = arguments.indexOf(QStringLiteral("--demo"), 1) >= 0;
 
     // An icon export comes before anything else: it never opens a window or a MIDI client.
-    const qsizetype icon = arguments.indexOf(kRenderIcon, 1);
+    const qsizetype icon = arguments.indexOf(QStringLiteral("--render-icon"), 1);
     if (icon >= 0 && icon + 1 < arguments.size()) {
         options.action = LaunchAction::renderIcon;
         options.iconPath = arguments[icon + 1];

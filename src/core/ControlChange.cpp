@@ -1,31 +1,31 @@
 #include "ControlChange.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace orvan::ControlChange {
+
+namespace {
+
+using SwitchOffset = std::pair<OrvanSwitch, int>;
+/// The one place each switch is tied to its controller.
+constexpr SwitchOffset kSwitchOffsets[] = {
+    {OrvanSwitch::di, diOffset},           {OrvanSwitch::hpf, hpfOffset},           {OrvanSwitch::pad, padOffset},
+    {OrvanSwitch::phantom, phantomOffset}, {OrvanSwitch::polarity, polarityOffset}, {OrvanSwitch::mute, muteOffset},
+};
+
+} // namespace
 
 int offset(OrvanSwitch s)
 {
-    switch (s) {
-    case OrvanSwitch::pad: return padOffset;
-    case OrvanSwitch::phantom: return phantomOffset;
-    case OrvanSwitch::polarity: return polarityOffset;
-    case OrvanSwitch::mute: return muteOffset;
-    case OrvanSwitch::di: return diOffset;
-    case OrvanSwitch::hpf: return hpfOffset;
-    }
-    return -1;
+    const auto it = std::ranges::find(kSwitchOffsets, s, &SwitchOffset::first);
+    return it == std::end(kSwitchOffsets) ? -1 : it->second;
 }
 
 std::optional<OrvanSwitch> switchAt(int offset)
 {
-    switch (offset) {
-    case diOffset: return OrvanSwitch::di;
-    case hpfOffset: return OrvanSwitch::hpf;
-    case padOffset: return OrvanSwitch::pad;
-    case phantomOffset: return OrvanSwitch::phantom;
-    case polarityOffset: return OrvanSwitch::polarity;
-    case muteOffset: return OrvanSwitch::mute;
-    default: return std::nullopt;
-    }
+    const auto it = std::ranges::find(kSwitchOffsets, offset, &SwitchOffset::second);
+    return it == std::end(kSwitchOffsets) ? std::nullopt : std::optional(it->first);
 }
 
 quint8 switchValue(OrvanSwitch s, bool on)

@@ -270,28 +270,4 @@ void OrvanMIDI::resetChannels()
     setChannels(defaultChannels(m_spec.channelCount));
 }
 
-void OrvanMIDI::setChannels(ChannelStates channels)
-{
-    if (channels == m_channels)
-        return;
-    m_channels = std::move(channels);
-    emit channelsChanged();
-}
-
-void OrvanMIDI::setIsConnected(bool connected)
-{
-    if (connected == m_isConnected)
-        return;
-    m_isConnected = connected;
-    emit isConnectedChanged(connected);
-}
-
-void OrvanMIDI::setHardwarePresent(bool present)
-{
-    if (present == m_hardwarePresent)
-        return;
-    m_hardwarePresent = present;
-    emit hardwarePresentChanged(present);
-}
-
 } // namespace orvan

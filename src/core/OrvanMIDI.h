@@ -3,6 +3,7 @@
 #include "ChannelState.h"
 #include "DeviceSpec.h"
 #include "midi/MidiSystem.h"
+#include "Publish.h"
 
 #include <QObject>
 #include <chrono>
@@ -59,13 +60,18 @@ private:
     void send(int controller, int value);
     void receive(int controller, int value);
     void receiveGain(int channel, qint64 reported);
-    void receiveWords(std::span<const quint32> words);
     void applyDemo(bool on);
     void loadDemoState();
     void resetChannels();
-    void setChannels(ChannelStates channels);
-    void setIsConnected(bool connected);
-    void setHardwarePresent(bool present);
+    void setChannels(ChannelStates channels)
+    {
+        publish(this, &OrvanMIDI::channelsChanged, m_channels, std::move(channels));
+    }
+    void setIsConnected(bool connected) { publish(this, &OrvanMIDI::isConnectedChanged, m_isConnected, connected); }
+    void setHardwarePresent(bool present)
+    {
+        publish(this, &OrvanMIDI::hardwarePresentChanged, m_hardwarePresent, present);
+    }
 
     const DeviceSpec m_spec;
     MidiSystem& m_system;

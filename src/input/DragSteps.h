@@ -33,9 +33,6 @@ public:
     /// Ends the drag; delivers nothing. Returns true if a drag had begun.
     bool release();
 
-    bool isDragging() const { return m_dragging; }
-    int lastSteps() const { return m_lastSteps; }
-
 private:
     DragProfile m_profile;
     StepSink m_sink;

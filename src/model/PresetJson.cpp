@@ -5,35 +5,21 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
-#include <algorithm>
 #include <utility>
 
 namespace orvan::PresetJson {
 
 namespace {
 
-namespace Key {
-const QString channels = QStringLiteral("channels");
-const QString id = QStringLiteral("id");
-const QString name = QStringLiteral("name");
-} // namespace Key
-
-bool isAsciiHexDigit(char16_t c) { return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F'); }
-
 /// The one form the files use: 8-4-4-4-12 hexadecimal digits in either case, nothing around them.
 std::optional<QUuid> strictUuid(const QString& text)
 {
-    constexpr qsizetype kLength = 36;
-    constexpr qsizetype kHyphens[] = {8, 13, 18, 23};
-    if (text.size() != kLength)
+    static const QRegularExpression form(
+        QRegularExpression::anchoredPattern(QStringLiteral("[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}")));
+    if (!form.match(text).hasMatch())
         return std::nullopt;
-    for (qsizetype i = 0; i < kLength; ++i) {
-        const bool hyphenPlace = std::ranges::find(kHyphens, i) != std::end(kHyphens);
-        const bool ok = hyphenPlace ? text[i] == u'-' : isAsciiHexDigit(text[i].unicode());
-        if (!ok)
-            return std::nullopt;
-    }
     return QUuid::fromString(text);
 }
 
@@ -42,9 +28,9 @@ std::optional<Preset> readPreset(const QJsonValue& value)
     if (!value.isObject())
         return std::nullopt;
     const QJsonObject o = value.toObject();
-    const QJsonValue channels = o.value(Key::channels);
-    const QJsonValue id = o.value(Key::id);
-    const QJsonValue name = o.value(Key::name);
+    const QJsonValue channels = o.value(QStringLiteral("channels"));
+    const QJsonValue id = o.value(QStringLiteral("id"));
+    const QJsonValue name = o.value(QStringLiteral("name"));
     if (!channels.isArray() || !id.isString() || !name.isString())
         return std::nullopt;
 
@@ -71,11 +57,11 @@ QByteArray encode(const Presets& presets)
             return {};
         w.element();
         w.openObject();
-        w.key(Key::channels);
+        w.key(QStringLiteral("channels"));
         SnapshotJson::write(w, p.channels);
-        w.key(Key::id);
+        w.key(QStringLiteral("id"));
         w.value(p.id.toString(QUuid::WithoutBraces).toUpper());
-        w.key(Key::name);
+        w.key(QStringLiteral("name"));
         w.value(p.name);
         w.closeObject();
     }
@@ -85,9 +71,9 @@ QByteArray encode(const Presets& presets)
 
 std::optional<Presets> decode(const QByteArray& bytes)
 {
-    QJsonParseError error{};
-    const QJsonDocument doc = QJsonDocument::fromJson(bytes, &error);
-    if (error.error != QJsonParseError::NoError || !doc.isArray())
+    // Bytes that do not parse give a null document, which is no array either.
+    const QJsonDocument doc = QJsonDocument::fromJson(bytes);
+    if (!doc.isArray())
         return std::nullopt;
     Presets presets;
     for (const QJsonValue& v : doc.array()) {

@@ -6,6 +6,7 @@
 #include "PresetStorage.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace orvan {
@@ -25,13 +26,6 @@ const SampleSelection kSampleSelections[] = {
     {"Orvan", {3, 4}},
     {"Dunra", {0}},
 };
-
-const QString kLinked = QStringLiteral(" USB: Linked");
-const QString kNotFound = QStringLiteral(": not found");
-const QString kSelectPrompt = QStringLiteral("Select channel(s)");
-const QString kUnknownGain = QStringLiteral("--");
-const QString kDecibels = QStringLiteral("dB");
-const QString kChannelPrefix = QStringLiteral("Ch ");
 
 /// Names the control a gain step came from, for telling runs of steps apart.
 QString runName(const char* control, const QList<int>& channels)
@@ -66,19 +60,15 @@ bool RCUModel::isConnected() const { return m_midi.isConnected(); }
 QList<int> RCUModel::validChannels(const QList<int>& channels) const
 {
     // Indices outside the unit never reach the engine.
-    QList<int> valid;
-    for (int c : channels) {
-        if (c >= 0 && c < m_midi.spec().channelCount)
-            valid.append(c);
-    }
+    QList<int> valid = channels;
+    valid.removeIf([this](int c) { return c < 0 || c >= m_midi.spec().channelCount; });
     return valid;
 }
 
 QList<int> RCUModel::allChannels() const
 {
-    QList<int> all;
-    for (int c = 0; c < m_midi.spec().channelCount; ++c)
-        all.append(c);
+    QList<int> all(m_midi.spec().channelCount);
+    std::iota(all.begin(), all.end(), 0);
     return all;
 }
 
@@ -89,9 +79,7 @@ void RCUModel::toggleSelect(int channel)
     if (!isConnected() || validChannels({channel}).isEmpty())
         return;
     QList<int> next = m_selected;
-    if (next.contains(channel))
-        next.removeAll(channel);
-    else
+    if (next.removeAll(channel) == 0)
         next.append(channel);
     setSelected(std::move(next));
 }
@@ -227,16 +215,17 @@ double RCUModel::knobAngle() const
 
 std::pair<QString, QString> RCUModel::lcdLines() const
 {
-    const QString first = m_midi.spec().title + (isConnected() ? kLinked : kNotFound);
+    const QString link = isConnected() ? QStringLiteral(" USB: Linked") : QStringLiteral(": not found");
+    const QString first = m_midi.spec().title + link;
     if (m_selected.isEmpty())
-        return {first, kSelectPrompt};
+        return {first, QStringLiteral("Select channel(s)")};
 
     QString numbers;
     for (int c : m_selected)
         numbers += QString::number(c + 1);
     const auto shown = shownGainDecibels(m_midi.channels().at(m_selected.front()));
-    const QString gain = (shown ? QString::number(*shown) : kUnknownGain) + kDecibels;
-    return {first, kChannelPrefix + numbers + u' ' + gain};
+    const QString gain = (shown ? QString::number(*shown) : QStringLiteral("--")) + QStringLiteral("dB");
+    return {first, QStringLiteral("Ch ") + numbers + u' ' + gain};
 }
 
 // --- Lifecycle ----------------------------------------------------------------------------------
@@ -274,68 +263,14 @@ void RCUModel::onConnection(bool connected)
 void RCUModel::setSelected(QList<int> selected)
 {
     std::ranges::sort(selected);
-    if (selected == m_selected)
-        return;
-    m_selected = std::move(selected);
-    emit selectedChanged();
+    publish(this, &RCUModel::selectedChanged, m_selected, std::move(selected));
 }
 
 void RCUModel::setPendingPhantom(std::optional<QList<int>> channels)
 {
     // Whatever ends or replaces the question also ends a restore that waited for it.
     m_pendingRestore.reset();
-    if (channels == m_pendingPhantom)
-        return;
-    m_pendingPhantom = std::move(channels);
-    emit pendingPhantomChanged();
-}
-
-void RCUModel::setPendingReset(bool pending)
-{
-    if (pending == m_pendingReset)
-        return;
-    m_pendingReset = pending;
-    emit pendingResetChanged();
-}
-
-void RCUModel::setPendingRecall(std::optional<Preset> preset)
-{
-    if (preset == m_pendingRecall)
-        return;
-    m_pendingRecall = std::move(preset);
-    emit pendingRecallChanged();
-}
-
-void RCUModel::setPresets(Presets presets)
-{
-    if (presets == m_presets)
-        return;
-    m_presets = std::move(presets);
-    emit presetsChanged();
-}
-
-void RCUModel::setPresetIndex(std::optional<qint64> index)
-{
-    if (index == m_presetIndex)
-        return;
-    m_presetIndex = index;
-    emit presetIndexChanged();
-}
-
-void RCUModel::setSavingPreset(bool saving)
-{
-    if (saving == m_savingPreset)
-        return;
-    m_savingPreset = saving;
-    emit savingPresetChanged();
-}
-
-void RCUModel::setPresetNameDraft(const QString& draft)
-{
-    if (draft == m_presetNameDraft)
-        return;
-    m_presetNameDraft = draft;
-    emit presetNameDraftChanged();
+    publish(this, &RCUModel::pendingPhantomChanged, m_pendingPhantom, std::move(channels));
 }
 
 } // namespace orvan

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "ChannelState.h"
-#include "Preset.h"
 #include "OrvanSwitch.h"
+#include "Preset.h"
+#include "Publish.h"
 
 #include <QList>
 #include <QObject>
@@ -71,6 +72,8 @@ public:
     const Presets& presets() const { return m_presets; }
     std::optional<qint64> presetIndex() const { return m_presetIndex; }
     std::optional<Preset> currentPreset() const;
+    /// The channels as the panel shows them, in a preset's form (DI only on a unit that has it).
+    QList<ChannelSnapshot> shownChannels() const;
 
     void beginSave();
     void commitSave();
@@ -94,8 +97,11 @@ public:
     void clearPendingPhantom() { setPendingPhantom(std::nullopt); }
     void clearPendingReset() { setPendingReset(false); }
     void clearPendingRecall() { setPendingRecall(std::nullopt); }
-    void setSavingPreset(bool saving);
-    void setPresetNameDraft(const QString& draft);
+    void setSavingPreset(bool saving) { publish(this, &RCUModel::savingPresetChanged, m_savingPreset, saving); }
+    void setPresetNameDraft(const QString& draft)
+    {
+        publish(this, &RCUModel::presetNameDraftChanged, m_presetNameDraft, draft);
+    }
 
     // --- Undo and redo ---------------------------------------------------------------------------
 
@@ -145,10 +151,16 @@ private:
 
     void setSelected(QList<int> selected);
     void setPendingPhantom(std::optional<QList<int>> channels);
-    void setPendingReset(bool pending);
-    void setPendingRecall(std::optional<Preset> preset);
-    void setPresets(Presets presets);
-    void setPresetIndex(std::optional<qint64> index);
+    void setPendingReset(bool pending) { publish(this, &RCUModel::pendingResetChanged, m_pendingReset, pending); }
+    void setPendingRecall(std::optional<Preset> preset)
+    {
+        publish(this, &RCUModel::pendingRecallChanged, m_pendingRecall, std::move(preset));
+    }
+    void setPresets(Presets presets) { publish(this, &RCUModel::presetsChanged, m_presets, std::move(presets)); }
+    void setPresetIndex(std::optional<qint64> index)
+    {
+        publish(this, &RCUModel::presetIndexChanged, m_presetIndex, index);
+    }
 
     OrvanMIDI& m_midi;
     Scheduler& m_scheduler;

@@ -32,13 +32,16 @@ QString trimBlanks(const QString& s)
     return s.mid(begin, end - begin);
 }
 
-ChannelSnapshot snapshotOf(const ChannelState& c, bool hasDI)
-{
-    return ChannelSnapshot{c.gainValue, c.pad, c.phantom, c.polarity, c.mute,
-                           hasDI ? std::optional<bool>(c.di) : std::nullopt};
-}
-
 } // namespace
+
+QList<ChannelSnapshot> RCUModel::shownChannels() const
+{
+    QList<ChannelSnapshot> snapshots;
+    for (const ChannelState& c : m_midi.channels())
+        snapshots.append(ChannelSnapshot{c.gainValue, c.pad, c.phantom, c.polarity, c.mute,
+                                         m_midi.spec().hasDI ? std::optional<bool>(c.di) : std::nullopt});
+    return snapshots;
+}
 
 std::optional<Preset> RCUModel::currentPreset() const
 {
@@ -63,10 +66,7 @@ void RCUModel::commitSave()
     const QString name = trimBlanks(m_presetNameDraft);
     if (name.isEmpty())
         return;
-
-    QList<ChannelSnapshot> snapshot;
-    for (const ChannelState& c : m_midi.channels())
-        snapshot.append(snapshotOf(c, m_midi.spec().hasDI));
+    const QList<ChannelSnapshot> snapshot = shownChannels();
 
     Presets next = m_presets;
     const auto found = std::ranges::find_if(next, [&](const Preset& p) { return p.name == name; });

@@ -27,9 +27,7 @@ bool hasStringAt(const OscMessage& m, int index) { return m.args.size() > index 
 std::optional<QString> NsmClient::urlFromEnvironment()
 {
     const QString url = qEnvironmentVariable("NSM_URL");
-    if (url.isEmpty())
-        return std::nullopt;
-    return url;
+    return url.isEmpty() ? std::nullopt : std::optional(url);
 }
 
 NsmClient::NsmClient(std::unique_ptr<OscLink> link, QString executableName, qint64 processId)

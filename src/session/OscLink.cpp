@@ -57,8 +57,9 @@ bool resolvePeer(const QString& url, sockaddr_storage& peer, socklen_t& length)
 
 /// A socket of the peer's family bound to an ephemeral port: on loopback only when the peer is
 /// there, so that no other machine can even reach it.
-int boundSocket(const sockaddr_storage& peer, bool loopbackOnly)
+int boundSocket(const sockaddr_storage& peer)
 {
+    const bool loopbackOnly = isLoopback(peer);
     const int fd = ::socket(peer.ss_family, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (fd < 0)
         return -1;
@@ -107,18 +108,16 @@ std::unique_ptr<OscLink> OscLink::connectTo(const QString& url)
     socklen_t length = 0;
     if (!resolvePeer(url, peer, length))
         return nullptr;
-    const bool loopbackOnly = isLoopback(peer);
-    const int fd = boundSocket(peer, loopbackOnly);
+    const int fd = boundSocket(peer);
     if (fd < 0)
         return nullptr;
-    return std::unique_ptr<OscLink>(new OscLink(fd, peer, length, loopbackOnly));
+    return std::unique_ptr<OscLink>(new OscLink(fd, peer, length));
 }
 
-OscLink::OscLink(int fd, const sockaddr_storage& peer, socklen_t peerLength, bool loopbackOnly)
+OscLink::OscLink(int fd, const sockaddr_storage& peer, socklen_t peerLength)
     : m_fd(fd)
     , m_peer(peer)
     , m_peerLength(peerLength)
-    , m_loopbackOnly(loopbackOnly)
     , m_notifier(std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read))
 {
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] { readPending(); });

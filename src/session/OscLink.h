@@ -35,18 +35,14 @@ public:
     /// Called on the main thread for each message from the peer.
     std::function<void(const OscMessage&)> onMessage;
 
-    /// Whether the socket only listens on the loopback interface.
-    bool isLoopbackOnly() const { return m_loopbackOnly; }
-
 private:
-    OscLink(int fd, const sockaddr_storage& peer, socklen_t peerLength, bool loopbackOnly);
+    OscLink(int fd, const sockaddr_storage& peer, socklen_t peerLength);
     void readPending();
     bool isFromPeer(const sockaddr_storage& from, socklen_t length) const;
 
     int m_fd;
     sockaddr_storage m_peer;
     socklen_t m_peerLength;
-    bool m_loopbackOnly;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 

@@ -29,9 +29,8 @@ QByteArray encode(const SessionState& state)
 
 std::optional<SessionState> decode(const QByteArray& bytes)
 {
-    QJsonParseError error{};
-    const QJsonDocument doc = QJsonDocument::fromJson(bytes, &error);
-    if (error.error != QJsonParseError::NoError || !doc.isObject())
+    const QJsonDocument doc = QJsonDocument::fromJson(bytes);
+    if (!doc.isObject())
         return std::nullopt;
     SessionState state;
     const QJsonObject units = doc.object();

@@ -11,15 +11,6 @@ namespace {
 /// The name the recall confirmation shows: "Recall preset from the session?"
 const QString kSessionPresetName = QStringLiteral("from the session");
 
-QList<ChannelSnapshot> shownChannels(const OrvanMIDI& midi)
-{
-    QList<ChannelSnapshot> snapshots;
-    for (const ChannelState& c : midi.channels())
-        snapshots.append(ChannelSnapshot{c.gainValue, c.pad, c.phantom, c.polarity, c.mute,
-                                         midi.spec().hasDI ? std::optional<bool>(c.di) : std::nullopt});
-    return snapshots;
-}
-
 } // namespace
 
 SessionRecall::SessionRecall(QList<RCUModel*> models, Scheduler& scheduler)
@@ -65,7 +56,7 @@ SessionState SessionRecall::capture() const
     for (const RCUModel* model : m_models) {
         // An absent unit's panel shows nothing of it: the session keeps its last known state.
         if (model->midi().hardwarePresent())
-            state.insert(model->midi().spec().title, shownChannels(model->midi()));
+            state.insert(model->midi().spec().title, model->shownChannels());
     }
     return state;
 }
@@ -116,21 +107,13 @@ bool SessionRecall::needsRecall(const RCUModel* model) const
     if (stored == m_state->cend())
         return false;
     const QList<ChannelSnapshot> wanted = stored->mid(0, midi.spec().channelCount);
-    return wanted != shownChannels(midi).mid(0, wanted.size());
+    return wanted != model->shownChannels().mid(0, wanted.size());
 }
 
 void SessionRecall::recall(RCUModel* model)
 {
     if (needsRecall(model))
         model->requestRecall(Preset{QUuid(), kSessionPresetName, m_state->value(model->midi().spec().title)});
-}
-
-void SessionRecall::setDirty(bool dirty)
-{
-    if (dirty == m_dirty)
-        return;
-    m_dirty = dirty;
-    emit dirtyChanged(dirty);
 }
 
 } // namespace orvan

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Publish.h"
 #include "SessionFile.h"
 
 #include <QList>
@@ -56,7 +57,7 @@ private:
     /// Recalls the session's state to `model` if it has one that differs from what is shown.
     void recall(RCUModel* model);
     bool needsRecall(const RCUModel* model) const;
-    void setDirty(bool dirty);
+    void setDirty(bool dirty) { publish(this, &SessionRecall::dirtyChanged, m_dirty, dirty); }
 
     QList<RCUModel*> m_models;
     Scheduler& m_scheduler;

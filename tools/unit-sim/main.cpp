@@ -139,24 +139,22 @@ int main(int argc, char** argv)
     std::signal(SIGINT, onTerminate);
     std::signal(SIGTERM, onTerminate);
 
+    const auto run = [&app](auto& simulator, const char* missing) {
+        if (!simulator.start()) {
+            std::fprintf(stderr, "%s\n", missing);
+            return kExitNoServer;
+        }
+        const auto input = playStandardInput(simulator);
+        return app.exec();
+    };
     int result = 0;
     if (parser.isSet(alsaOption)) {
         orvan::AlsaUnitSimulator simulator(displayName, std::move(script), detent);
-        if (!simulator.start()) {
-            std::fprintf(stderr, "no ALSA sequencer\n");
-            return kExitNoServer;
-        }
-        const auto input = playStandardInput(simulator);
-        result = app.exec();
+        result = run(simulator, "no ALSA sequencer");
     } else {
         orvan::UnitSimulator simulator(displayName, std::move(script), detent);
         simulator.onServerGone = [] { QCoreApplication::quit(); };
-        if (!simulator.start()) {
-            std::fprintf(stderr, "no JACK server\n");
-            return kExitNoServer;
-        }
-        const auto input = playStandardInput(simulator);
-        result = app.exec();
+        result = run(simulator, "no JACK server");
     }
     quitSignal = nullptr;
     return result;

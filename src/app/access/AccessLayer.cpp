@@ -70,7 +70,7 @@ void AccessLayer::buildTree()
     for (const PanelAccess& panel : m_panels) {
         auto* group = new PanelGroupAccessible(panel, *this);
         QAccessible::registerAccessibleInterface(group);
-        std::vector<ControlAccessible*> children;
+        AccessibleChildren children;
         for (const AccessControl& control : panel.controls) {
             auto* child = new ControlAccessible(control, *this, group);
             QAccessible::registerAccessibleInterface(child);
@@ -88,18 +88,12 @@ void AccessLayer::buildTree()
         m_seen.push_back(look(*control));
 }
 
-int AccessLayer::topLevelCount() const
+std::vector<QAccessibleInterface*> AccessLayer::topLevels() const
 {
-    return int(m_groups.size()) + (m_controls.empty() ? 0 : 1);
-}
-
-QAccessibleInterface* AccessLayer::topLevel(int index) const
-{
-    if (index >= 0 && index < int(m_groups.size()))
-        return m_groups[std::size_t(index)];
-    if (index == int(m_groups.size()) && !m_controls.empty())
-        return m_controls.back();
-    return nullptr;
+    std::vector<QAccessibleInterface*> all(m_groups.begin(), m_groups.end());
+    if (!m_controls.empty())
+        all.push_back(m_controls.back());
+    return all;
 }
 
 QAccessibleInterface* AccessLayer::interfaceFor(const AccessControl* control) const

@@ -37,9 +37,8 @@ public:
     void setFocused(const AccessControl* control);
 
     void buildTree();
-    /// The panel groups in reading order, then the demo pill.
-    int topLevelCount() const;
-    QAccessibleInterface* topLevel(int index) const;
+    /// The panel groups in reading order, then the demo pill; none before buildTree().
+    std::vector<QAccessibleInterface*> topLevels() const;
     QAccessibleInterface* interfaceFor(const AccessControl* control) const;
 
     /// Where a scene item is on the screen.

@@ -68,26 +68,27 @@ void* ControlAccessible::interface_cast(QAccessible::InterfaceType type)
     return nullptr;
 }
 
-std::optional<int> ControlAccessible::gainChannel() const
+std::optional<ChannelState> ControlAccessible::gainState() const
 {
-    return m_control.gain ? m_control.gain->channel() : std::nullopt;
+    const auto channel = m_control.gain ? m_control.gain->channel() : std::nullopt;
+    if (!channel)
+        return std::nullopt;
+    return m_control.gain->engine->channels().value(*channel);
 }
 
 QString ControlAccessible::valueText() const
 {
-    const auto channel = gainChannel();
-    if (!channel)
+    const auto state = gainState();
+    if (!state)
         return QStringLiteral("no channel selected");
-    const auto dB = shownGainDecibels(m_control.gain->engine->channels().value(*channel));
+    const auto dB = shownGainDecibels(*state);
     return dB ? QStringLiteral("%1 dB").arg(*dB) : QStringLiteral("unknown");
 }
 
 QVariant ControlAccessible::currentValue() const
 {
-    const auto channel = gainChannel();
-    if (!channel)
-        return {};
-    const auto dB = shownGainDecibels(m_control.gain->engine->channels().value(*channel));
+    const auto state = gainState();
+    const auto dB = state ? shownGainDecibels(*state) : std::nullopt;
     return dB ? QVariant(*dB) : QVariant();
 }
 
@@ -104,20 +105,18 @@ void ControlAccessible::setCurrentValue(const QVariant& value)
 
 QVariant ControlAccessible::minimumValue() const
 {
-    const auto channel = gainChannel();
-    if (!channel)
+    const auto state = gainState();
+    if (!state)
         return {};
-    const OrvanMIDI& engine = *m_control.gain->engine;
-    return gainRange(engine.spec(), engine.channels().value(*channel).di).lowest * kDecibelsPerGainStep;
+    return gainRange(m_control.gain->engine->spec(), state->di).lowest * kDecibelsPerGainStep;
 }
 
 QVariant ControlAccessible::maximumValue() const
 {
-    const auto channel = gainChannel();
-    if (!channel)
+    const auto state = gainState();
+    if (!state)
         return {};
-    const OrvanMIDI& engine = *m_control.gain->engine;
-    const qint64 highest = gainRange(engine.spec(), engine.channels().value(*channel).di).highest;
+    const qint64 highest = gainRange(m_control.gain->engine->spec(), state->di).highest;
     return std::min(highest * kDecibelsPerGainStep, kMaxShownDecibels);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AccessControl.h"
+#include "ChannelState.h"
 
 #include <QAccessibleInterface>
 
@@ -48,7 +49,8 @@ public:
     QString valueText() const;
 
 private:
-    std::optional<int> gainChannel() const;
+    /// The channel a gain control shows, as its engine has it; none without a channel.
+    std::optional<ChannelState> gainState() const;
 
     const AccessControl& m_control;
     AccessLayer& m_layer;

@@ -5,7 +5,6 @@
 #include "OrvanMIDI.h"
 
 #include <QGraphicsView>
-#include <algorithm>
 
 namespace orvan {
 
@@ -32,22 +31,6 @@ QWindow* PanelGroupAccessible::window() const
 QAccessibleInterface* PanelGroupAccessible::parent() const
 {
     return QAccessible::queryAccessibleInterface(&m_layer.window());
-}
-
-QAccessibleInterface* PanelGroupAccessible::child(int index) const
-{
-    return index >= 0 && index < childCount() ? m_children[std::size_t(index)] : nullptr;
-}
-
-int PanelGroupAccessible::indexOfChild(const QAccessibleInterface* child) const
-{
-    const auto at = std::find(m_children.begin(), m_children.end(), child);
-    return at == m_children.end() ? -1 : int(at - m_children.begin());
-}
-
-QAccessibleInterface* PanelGroupAccessible::childAt(int x, int y) const
-{
-    return childAtPoint(m_children, x, y);
 }
 
 QString PanelGroupAccessible::text(QAccessible::Text t) const

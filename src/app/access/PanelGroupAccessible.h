@@ -3,11 +3,37 @@
 #include "AccessControl.h"
 
 #include <QAccessibleInterface>
+#include <algorithm>
+#include <vector>
 
 namespace orvan {
 
 class AccessLayer;
-class ControlAccessible;
+
+using AccessibleChildren = std::vector<QAccessibleInterface*>;
+
+/// `children[index]`, or nullptr out of range.
+inline QAccessibleInterface* childAtIndex(const AccessibleChildren& children, int index)
+{
+    return index >= 0 && index < int(children.size()) ? children[std::size_t(index)] : nullptr;
+}
+
+/// Where `child` stands among `children`, or -1.
+inline int indexAmong(const AccessibleChildren& children, const QAccessibleInterface* child)
+{
+    const auto at = std::ranges::find(children, child);
+    return at == children.end() ? -1 : int(at - children.begin());
+}
+
+/// The first child of `children` whose rectangle holds the screen point, or nullptr.
+inline QAccessibleInterface* childAtPoint(const AccessibleChildren& children, int x, int y)
+{
+    for (QAccessibleInterface* child : children) {
+        if (!child->state().invisible && child->rect().contains(x, y))
+            return child;
+    }
+    return nullptr;
+}
 
 /// One panel as a screen reader sees it: a group named after its unit, whose description says
 /// whether the unit is found, holding the panel's controls in reading order.
@@ -15,7 +41,7 @@ class PanelGroupAccessible final : public QAccessibleInterface {
 public:
     PanelGroupAccessible(const PanelAccess& panel, AccessLayer& layer);
 
-    void setChildren(std::vector<ControlAccessible*> children) { m_children = std::move(children); }
+    void setChildren(AccessibleChildren children) { m_children = std::move(children); }
     /// "Orvan found", "Orvan not found" or "Orvan not found: showing demo settings".
     QString description() const;
 
@@ -23,10 +49,10 @@ public:
     QObject* object() const override { return nullptr; }
     QWindow* window() const override;
     QAccessibleInterface* parent() const override;
-    QAccessibleInterface* child(int index) const override;
+    QAccessibleInterface* child(int index) const override { return childAtIndex(m_children, index); }
     int childCount() const override { return int(m_children.size()); }
-    int indexOfChild(const QAccessibleInterface* child) const override;
-    QAccessibleInterface* childAt(int x, int y) const override;
+    int indexOfChild(const QAccessibleInterface* child) const override { return indexAmong(m_children, child); }
+    QAccessibleInterface* childAt(int x, int y) const override { return childAtPoint(m_children, x, y); }
     QString text(QAccessible::Text t) const override;
     void setText(QAccessible::Text, const QString&) override {}
     QRect rect() const override;
@@ -36,18 +62,7 @@ public:
 private:
     const PanelAccess& m_panel;
     AccessLayer& m_layer;
-    std::vector<ControlAccessible*> m_children;
+    AccessibleChildren m_children;
 };
-
-/// The first child of `children` whose rectangle holds the screen point, or nullptr.
-template <typename Interfaces>
-QAccessibleInterface* childAtPoint(const Interfaces& children, int x, int y)
-{
-    for (QAccessibleInterface* child : children) {
-        if (!child->state().invisible && child->rect().contains(x, y))
-            return child;
-    }
-    return nullptr;
-}
 
 } // namespace orvan

@@ -27,39 +27,30 @@ AccessLayer* StageAccessible::layer() const
     return layer;
 }
 
-int StageAccessible::childCount() const
+AccessibleChildren StageAccessible::children() const
 {
     const AccessLayer* layer = this->layer();
-    return layer ? layer->topLevelCount() : 0;
+    return layer ? layer->topLevels() : AccessibleChildren();
+}
+
+int StageAccessible::childCount() const
+{
+    return int(children().size());
 }
 
 QAccessibleInterface* StageAccessible::child(int index) const
 {
-    const AccessLayer* layer = this->layer();
-    return layer ? layer->topLevel(index) : nullptr;
+    return childAtIndex(children(), index);
 }
 
 int StageAccessible::indexOfChild(const QAccessibleInterface* child) const
 {
-    const AccessLayer* layer = this->layer();
-    if (!layer)
-        return -1;
-    for (int i = 0; i < layer->topLevelCount(); ++i) {
-        if (layer->topLevel(i) == child)
-            return i;
-    }
-    return -1;
+    return indexAmong(children(), child);
 }
 
 QAccessibleInterface* StageAccessible::childAt(int x, int y) const
 {
-    const AccessLayer* layer = this->layer();
-    if (!layer)
-        return nullptr;
-    std::vector<QAccessibleInterface*> children;
-    for (int i = 0; i < layer->topLevelCount(); ++i)
-        children.push_back(layer->topLevel(i));
-    return childAtPoint(children, x, y);
+    return childAtPoint(children(), x, y);
 }
 
 QAccessibleInterface* StageAccessible::focusChild() const

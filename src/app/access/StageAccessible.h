@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAccessibleWidget>
+#include <vector>
 
 namespace orvan {
 
@@ -24,6 +25,7 @@ public:
 
 private:
     AccessLayer* layer() const;
+    std::vector<QAccessibleInterface*> children() const;
 };
 
 } // namespace orvan

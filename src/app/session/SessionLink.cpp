@@ -58,9 +58,7 @@ std::optional<NsmClient::ErrorCode> SessionLink::open(const QString& path)
     const auto state = SessionFile::load(m_filePath);
     // A file that cannot be read recalls nothing; the manager hears of it.
     m_recall.open(state.value_or(SessionState{}));
-    if (!state)
-        return NsmClient::errBadProject;
-    return std::nullopt;
+    return state ? std::nullopt : std::optional(NsmClient::errBadProject);
 }
 
 bool SessionLink::save()

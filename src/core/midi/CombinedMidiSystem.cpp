@@ -25,26 +25,33 @@ MidiClientRef CombinedMidiSystem::createClient(const QString& name, NotifyCallba
 
 MidiPortRef CombinedMidiSystem::createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive)
 {
-    const auto it = m_clients.find(client);
-    if (it == m_clients.end())
-        return 0;
-    PerSystem handles;
-    for (std::size_t i = 0; i < m_systems.size(); ++i)
-        handles.push_back(it->second[i] ? m_systems[i]->createInputPort(it->second[i], name, receive) : 0);
-    m_ports[m_nextHandle] = std::move(handles);
-    return m_nextHandle++;
+    return createPort(client, [&](MidiSystem& s, MidiClientRef c) { return s.createInputPort(c, name, receive); });
 }
 
 MidiPortRef CombinedMidiSystem::createOutputPort(MidiClientRef client, const QString& name)
+{
+    return createPort(client, [&](MidiSystem& s, MidiClientRef c) { return s.createOutputPort(c, name); });
+}
+
+MidiPortRef CombinedMidiSystem::createPort(MidiClientRef client, const CreatePort& create)
 {
     const auto it = m_clients.find(client);
     if (it == m_clients.end())
         return 0;
     PerSystem handles;
     for (std::size_t i = 0; i < m_systems.size(); ++i)
-        handles.push_back(it->second[i] ? m_systems[i]->createOutputPort(it->second[i], name) : 0);
+        handles.push_back(it->second[i] ? create(*m_systems[i], it->second[i]) : 0);
     m_ports[m_nextHandle] = std::move(handles);
     return m_nextHandle++;
+}
+
+std::optional<CombinedMidiSystem::Route> CombinedMidiSystem::route(MidiPortRef port, MidiEndpointRef endpoint) const
+{
+    const auto e = m_refs.keyOf(endpoint);
+    const auto p = m_ports.find(port);
+    if (!e || p == m_ports.end() || p->second[e->first] == 0)
+        return std::nullopt;
+    return Route{*m_systems[e->first], p->second[e->first], e->second};
 }
 
 // --- Enumeration ------------------------------------------------------------------------------
@@ -87,7 +94,8 @@ void CombinedMidiSystem::connectSource(MidiPortRef inPort, MidiEndpointRef sourc
     // unplugged and plugged back under the same ref lost its link with its port.
     m_pendingDetach.erase(key);
     m_attached.insert(key);
-    attach(inPort, source);
+    if (const auto r = route(inPort, source))
+        r->system.connectSource(r->port, r->endpoint);
 }
 
 void CombinedMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source)
@@ -107,25 +115,10 @@ void CombinedMidiSystem::flushDetaches()
     m_flushPosted = false;
     for (const auto& [port, source] : m_pendingDetach) {
         m_attached.erase({port, source});
-        detach(port, source);
+        if (const auto r = route(port, source))
+            r->system.disconnectSource(r->port, r->endpoint);
     }
     m_pendingDetach.clear();
-}
-
-void CombinedMidiSystem::attach(MidiPortRef inPort, MidiEndpointRef source)
-{
-    const auto e = m_refs.keyOf(source);
-    const auto port = m_ports.find(inPort);
-    if (e && port != m_ports.end() && port->second[e->first] != 0)
-        m_systems[e->first]->connectSource(port->second[e->first], e->second);
-}
-
-void CombinedMidiSystem::detach(MidiPortRef inPort, MidiEndpointRef source)
-{
-    const auto e = m_refs.keyOf(source);
-    const auto port = m_ports.find(inPort);
-    if (e && port != m_ports.end() && port->second[e->first] != 0)
-        m_systems[e->first]->disconnectSource(port->second[e->first], e->second);
 }
 
 void CombinedMidiSystem::start()
@@ -136,18 +129,14 @@ void CombinedMidiSystem::start()
 
 bool CombinedMidiSystem::connectDestination(MidiPortRef outPort, MidiEndpointRef destination)
 {
-    const auto e = m_refs.keyOf(destination);
-    const auto port = m_ports.find(outPort);
-    return e && port != m_ports.end() && port->second[e->first] != 0
-        && m_systems[e->first]->connectDestination(port->second[e->first], e->second);
+    const auto r = route(outPort, destination);
+    return r && r->system.connectDestination(r->port, r->endpoint);
 }
 
 void CombinedMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word)
 {
-    const auto e = m_refs.keyOf(destination);
-    const auto port = m_ports.find(outPort);
-    if (e && port != m_ports.end() && port->second[e->first] != 0)
-        m_systems[e->first]->send(port->second[e->first], e->second, word);
+    if (const auto r = route(outPort, destination))
+        r->system.send(r->port, r->endpoint, word);
 }
 
 } // namespace orvan

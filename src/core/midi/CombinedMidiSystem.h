@@ -4,6 +4,7 @@
 #include "ListingMidiSystem.h"
 
 #include <QObject>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -43,9 +44,18 @@ private:
     using Inner = std::pair<std::size_t, MidiEndpointRef>;
     using PerSystem = std::vector<quint32>; // one handle per member system, 0 = none
 
+    /// A member system, the port's handle there and the endpoint's own ref in it.
+    struct Route {
+        MidiSystem& system;
+        MidiPortRef port;
+        MidiEndpointRef endpoint;
+    };
+    using CreatePort = std::function<MidiPortRef(MidiSystem&, MidiClientRef)>;
+
+    MidiPortRef createPort(MidiClientRef client, const CreatePort& create);
+    /// Where a message between `port` and `endpoint` goes; none when the port has no handle there.
+    std::optional<Route> route(MidiPortRef port, MidiEndpointRef endpoint) const;
     void snapshot(bool sources);
-    void attach(MidiPortRef inPort, MidiEndpointRef source);
-    void detach(MidiPortRef inPort, MidiEndpointRef source);
     void flushDetaches();
 
     std::vector<std::unique_ptr<MidiSystem>> m_systems;

@@ -6,8 +6,8 @@
 
 namespace orvan {
 
-/// A MIDI system that lists its endpoints on refresh(), into the two listings here, and answers
-/// the counts and indexes from them until the next refresh().
+/// A MIDI system that answers the counts and indexes from the two listings here: filled on
+/// refresh() by the host systems, kept current on every change by the in-process one.
 class ListingMidiSystem : public MidiSystem {
 public:
     int sourceCount() const final { return int(m_sources.size()); }

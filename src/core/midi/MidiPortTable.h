@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MidiSystem.h"
+#include "ListingMidiSystem.h"
 
 #include <map>
 #include <memory>
@@ -69,6 +69,36 @@ private:
     std::vector<std::unique_ptr<Client>> m_clients;
     std::map<MidiPortRef, Port> m_ports;
     MidiPortRef m_nextPort = 1;
+};
+
+/// A host MIDI system whose clients and ports are kept in a MidiPortTable: a port the engine asks
+/// for is recorded first, so that a client that cannot open it yet opens it later.
+template <typename Client>
+class PortTableMidiSystem : public ListingMidiSystem {
+public:
+    MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) final
+    {
+        return addPort(client, name, true, std::move(receive));
+    }
+    MidiPortRef createOutputPort(MidiClientRef client, const QString& name) final
+    {
+        return addPort(client, name, false, {});
+    }
+
+protected:
+    /// Opens the ports `client` was asked for and does not have yet, if it can now.
+    virtual void openPorts(Client& client) = 0;
+
+    MidiPortTable<Client> m_table;
+
+private:
+    MidiPortRef addPort(MidiClientRef client, const QString& name, bool isInput, ReceiveCallback receive)
+    {
+        const auto [c, port] = m_table.addPort(client, name, isInput, std::move(receive));
+        if (c)
+            openPorts(*c);
+        return port;
+    }
 };
 
 } // namespace orvan

@@ -17,7 +17,6 @@ constexpr char kSequencerName[] = "default";
 // The kernel's per-client limit: lets a flood wait for the main loop without losing events.
 constexpr int kInputPoolEvents = 2000;
 constexpr std::size_t kInputBufferBytes = 256 * 1024;
-constexpr int kNoPort = -1;
 
 // Endpoint refs pack the sequencer address; +1 keeps 0 meaning "none".
 constexpr int kPortBits = 8;
@@ -35,14 +34,6 @@ constexpr snd_seq_addr_t addressOf(MidiEndpointRef ref)
 }
 
 } // namespace
-
-struct AlsaMidiSystem::Client : MidiClientWish {
-    snd_seq_t* seq = nullptr;
-    int inPort = kNoPort;
-    int outPort = kNoPort;
-    std::vector<std::unique_ptr<QSocketNotifier>> notifiers;
-    std::vector<quint32> words; // reused between reads
-};
 
 AlsaMidiSystem::AlsaMidiSystem()
 {
@@ -104,19 +95,19 @@ void AlsaMidiSystem::openPorts(Client& c)
     if (!c.seq)
         return;
     constexpr unsigned kPortType = SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_APPLICATION;
-    if (c.wantsIn && c.inPort == kNoPort) {
+    if (c.wantsIn && c.inPort == AlsaClient::kNoPort) {
         c.inPort = snd_seq_create_simple_port(c.seq, c.inName.toUtf8().constData(),
                                               SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE, kPortType);
         if (c.inPort < 0)
-            c.inPort = kNoPort;
+            c.inPort = AlsaClient::kNoPort;
         else // hot-plug arrives on "In" as System Announce events
             snd_seq_connect_from(c.seq, c.inPort, SND_SEQ_CLIENT_SYSTEM, SND_SEQ_PORT_SYSTEM_ANNOUNCE);
     }
-    if (c.wantsOut && c.outPort == kNoPort) {
+    if (c.wantsOut && c.outPort == AlsaClient::kNoPort) {
         c.outPort = snd_seq_create_simple_port(c.seq, c.outName.toUtf8().constData(),
                                                SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ, kPortType);
         if (c.outPort < 0)
-            c.outPort = kNoPort;
+            c.outPort = AlsaClient::kNoPort;
     }
 }
 
@@ -130,22 +121,6 @@ MidiClientRef AlsaMidiSystem::createClient(const QString& name, NotifyCallback n
     if (::access(kSequencerDevice, F_OK) == 0)
         open(added);
     return ref;
-}
-
-MidiPortRef AlsaMidiSystem::createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive)
-{
-    const auto [c, port] = m_table.addPort(client, name, true, std::move(receive));
-    if (c)
-        openPorts(*c);
-    return port;
-}
-
-MidiPortRef AlsaMidiSystem::createOutputPort(MidiClientRef client, const QString& name)
-{
-    const auto [c, port] = m_table.addPort(client, name, false);
-    if (c)
-        openPorts(*c);
-    return port;
 }
 
 AlsaMidiSystem::Client* AlsaMidiSystem::clientOf(MidiPortRef port, bool isInput) const
@@ -247,7 +222,7 @@ void AlsaMidiSystem::disconnectSource(MidiPortRef inPort, MidiEndpointRef source
 void AlsaMidiSystem::subscribe(MidiPortRef inPort, MidiEndpointRef source, bool subscribed)
 {
     Client* c = clientOf(inPort, true);
-    if (!c || c->inPort == kNoPort || source == 0)
+    if (!c || c->inPort == AlsaClient::kNoPort || source == 0)
         return;
     const snd_seq_addr_t a = addressOf(source);
     (subscribed ? snd_seq_connect_from : snd_seq_disconnect_from)(c->seq, c->inPort, a.client, a.port);
@@ -257,7 +232,7 @@ void AlsaMidiSystem::send(MidiPortRef outPort, MidiEndpointRef destination, quin
 {
     Client* c = clientOf(outPort, false);
     auto event = AlsaEvents::fromUmpWord(word);
-    if (!c || c->outPort == kNoPort || destination == 0 || !event)
+    if (!c || c->outPort == AlsaClient::kNoPort || destination == 0 || !event)
         return;
     const snd_seq_addr_t a = addressOf(destination);
     snd_seq_ev_set_source(&*event, c->outPort);

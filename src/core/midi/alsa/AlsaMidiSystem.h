@@ -1,12 +1,14 @@
 #pragma once
 
 #include "../MidiPortTable.h"
-#include "../ListingMidiSystem.h"
 #include "AlsaPortListing.h"
 
 #include <map>
 #include <memory>
 #include <vector>
+
+class QSocketNotifier;
+typedef struct _snd_seq snd_seq_t;
 
 namespace orvan {
 
@@ -21,7 +23,17 @@ namespace orvan {
 ///
 /// A client asked for while the sequencer is missing (no /dev/snd/seq) is remembered and opened by
 /// the next refresh() that finds the sequencer there; until then it costs one stat().
-class AlsaMidiSystem final : public ListingMidiSystem {
+/// One sequencer client of the app and what it was asked for.
+struct AlsaClient : MidiClientWish {
+    static constexpr int kNoPort = -1;
+    snd_seq_t* seq = nullptr;
+    int inPort = kNoPort;
+    int outPort = kNoPort;
+    std::vector<std::unique_ptr<QSocketNotifier>> notifiers;
+    std::vector<quint32> words; // reused between reads
+};
+
+class AlsaMidiSystem final : public PortTableMidiSystem<AlsaClient> {
 public:
     AlsaMidiSystem();
     ~AlsaMidiSystem() override;
@@ -30,8 +42,6 @@ public:
     bool isOpen() const;
 
     MidiClientRef createClient(const QString& name, NotifyCallback notify) override;
-    MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
-    MidiPortRef createOutputPort(MidiClientRef client, const QString& name) override;
     void refresh() override;
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
@@ -39,18 +49,16 @@ public:
     void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) override;
 
 private:
-    struct Client;
+    using Client = AlsaClient;
 
     void openMissing();
     void open(Client& client);
-    void openPorts(Client& client);
+    void openPorts(Client& client) override;
     void readEvents(Client& client);
     std::vector<AlsaPort> listPorts() const;
     void snapshot(MidiDirection direction);
     Client* clientOf(MidiPortRef port, bool isInput) const;
     void subscribe(MidiPortRef inPort, MidiEndpointRef source, bool subscribed);
-
-    MidiPortTable<Client> m_table;
 
     // The last refresh: endpoints by index, and the display names they had then.
     std::map<MidiEndpointRef, QString> m_names;

@@ -94,7 +94,8 @@ void notified(JackClient* c, std::atomic<bool>& flag)
     });
 }
 
-void onPortRegistration(jack_port_id_t, int, void* arg)
+/// A port or client came or went, or a name changed: the engine rescans.
+void setupChanged(void* arg)
 {
     auto* c = static_cast<JackClient*>(arg);
     notified(c, c->setupChanged);
@@ -110,19 +111,7 @@ void onClientRegistration(const char* name, int registered, void* arg)
                 c->heardGone.store(true, std::memory_order_release);
         });
     }
-    notified(c, c->setupChanged);
-}
-
-void onPortRename(jack_port_id_t, const char*, const char*, void* arg)
-{
-    auto* c = static_cast<JackClient*>(arg);
-    notified(c, c->setupChanged);
-}
-
-void onPropertyChange(jack_uuid_t, const char*, jack_property_change_t, void* arg)
-{
-    auto* c = static_cast<JackClient*>(arg);
-    notified(c, c->setupChanged);
+    setupChanged(arg);
 }
 
 // A client's activation reorders the graph; only then can a port it registered before be connected.
@@ -202,10 +191,12 @@ void JackClient::queueOutgoing(const OutgoingMessage& message)
 void setCallbacks(jack_client_t* handle, JackClient& c)
 {
     jack_set_process_callback(handle, onProcess, &c);
-    jack_set_port_registration_callback(handle, onPortRegistration, &c);
+    jack_set_port_registration_callback(handle, [](jack_port_id_t, int, void* arg) { setupChanged(arg); }, &c);
     jack_set_client_registration_callback(handle, onClientRegistration, &c);
-    jack_set_port_rename_callback(handle, onPortRename, &c);
-    jack_set_property_change_callback(handle, onPropertyChange, &c);
+    jack_set_port_rename_callback(
+        handle, [](jack_port_id_t, const char*, const char*, void* arg) { setupChanged(arg); }, &c);
+    jack_set_property_change_callback(
+        handle, [](jack_uuid_t, const char*, jack_property_change_t, void* arg) { setupChanged(arg); }, &c);
     jack_set_graph_order_callback(handle, onGraphOrder, &c);
     jack_set_port_connect_callback(handle, onPortConnect, &c);
     jack_on_shutdown(handle, onShutdown, &c);

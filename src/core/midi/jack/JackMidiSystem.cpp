@@ -194,21 +194,11 @@ MidiClientRef JackMidiSystem::createClient(const QString& name, NotifyCallback n
     return ref;
 }
 
-MidiPortRef JackMidiSystem::createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive)
+void JackMidiSystem::openPorts(JackClient& c)
 {
-    const auto [c, port] = m_table.addPort(client, name, true, std::move(receive));
-    // Not yet live: the worker registers it when it opens the client.
-    if (c && c->isLive)
-        c->registerPorts();
-    return port;
-}
-
-MidiPortRef JackMidiSystem::createOutputPort(MidiClientRef client, const QString& name)
-{
-    const auto [c, port] = m_table.addPort(client, name, false);
-    if (c && c->isLive)
-        c->registerPorts();
-    return port;
+    // Not yet live: the worker registers them when it opens the client.
+    if (c.isLive)
+        c.registerPorts();
 }
 
 JackClient* JackMidiSystem::anyOpenClient() const

@@ -3,7 +3,7 @@
 #include "../../time/SystemClock.h"
 #include "../MidiEndpointRefs.h"
 #include "../MidiPortTable.h"
-#include "../ListingMidiSystem.h"
+#include "JackClient.h"
 #include "RetryBackoff.h"
 
 #include <QObject>
@@ -14,46 +14,19 @@ namespace orvan {
 
 class JackServerWatch;
 class SerialWorker;
-struct JackClient;
 
 /// JACK behind the MIDI system seam. Never starts a server (JackNoStartServer).
 ///
-/// Every client is its own JACK client with MIDI ports "In" and "Out". Its process callback, on
-/// JACK's real-time thread, only moves plain words through two lock-free ring buffers and raises
-/// a MainThreadSignal: no lock, no allocation, no engine state. Outgoing words are written in the
-/// next cycle, in order; incoming Control Changes are handed to the receive callback on the main
-/// thread. Port registration, port rename, pretty-name changes and client registration become
-/// setup-changed notifications, also on the main thread.
+/// Every client is its own JACK client with MIDI ports "In" and "Out"; its real-time callback only
+/// moves words through lock-free ring buffers, and everything else reaches the main thread as a
+/// wake-up. Clients open and close on a worker thread, since JACK may block for seconds; a server
+/// that goes takes every client, and one that starts later is found by a JackServerWatch. Wirings
+/// and openings JACK refuses for a moment are tried again by a RetryBackoff. docs/ARCHITECTURE.md
+/// ("Threads") says why each of these is so.
 ///
-/// Opening and closing clients may block for seconds (a server still waiting on a killed client),
-/// so both happen on a worker thread; the main thread never waits for the server. Clients are
-/// opened together, and only handed to the main thread once open; each then gets a setup-changed
-/// notification, the same path as hot-plug. A server that goes away (its clients' shutdown
-/// callbacks only set a flag) takes all clients with it: the main thread stops using them at once
-/// and the worker closes them, before any new client opens (JACK's client library keeps one set
-/// of per-server globals, rebuilt only once every client of the old server is closed). A server
-/// that starts later or again is noticed by a JackServerWatch and opened with no user action; a
-/// refresh() with no server open also tries once.
-///
-/// A wiring that JACK refuses (a client not yet active, a server busy clearing a killed client) is
-/// tried again on the next graph change and, in case none comes, by a RetryBackoff; so is a
-/// client that failed to open while the server answered.
-///
-/// JACK ends a client's threads with asynchronous cancellation when the client closes, at
-/// whatever instruction they are. So every callback runs with cancellation held off, and a client
-/// whose server went is closed only once its notification thread has ended by itself: cancelled
-/// on its way out through JACK's error reporting, it would leave a C library lock taken for good.
-///
-/// A detach is done at once: the app reaches this system through CombinedMidiSystem, which holds
-/// a rescan's detaches back until the rescan is over. No call on the main thread waits for
-/// JACK's next cycle (see JackWiring): whether our Out is wired is asked by connecting, and only
-/// when it may have changed.
-///
-/// Closing at the end happens in turn, each client once its siblings heard the previous one go,
-/// and waits at most a few seconds (see the destructor).
-///
-/// Display name of a port: its JACK_METADATA_PRETTY_NAME when set, else its short name.
-class JackMidiSystem final : public ListingMidiSystem {
+/// A detach is done at once: CombinedMidiSystem holds a rescan's detaches back. Display name of a
+/// port: its JACK_METADATA_PRETTY_NAME when set, else its short name.
+class JackMidiSystem final : public PortTableMidiSystem<JackClient> {
 public:
     /// With `waitForStart`, nothing opens before start(): opening clients makes the server and its
     /// real-time threads busy, which a window drawing its first frame on a small machine feels.
@@ -66,8 +39,6 @@ public:
     quint64 droppedReports() const;
 
     MidiClientRef createClient(const QString& name, NotifyCallback notify) override;
-    MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
-    MidiPortRef createOutputPort(MidiClientRef client, const QString& name) override;
     void refresh() override;
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
@@ -77,6 +48,7 @@ public:
     void send(MidiPortRef outPort, MidiEndpointRef destination, quint32 word) override;
 
 private:
+    void openPorts(JackClient& client) override;
     void requestOpen();
     void startOpen();
     void handOver(const std::vector<JackClient*>& tried, const std::vector<JackClient*>& opened, bool answered);
@@ -87,7 +59,6 @@ private:
     JackClient* clientOf(MidiPortRef port, bool isInput) const;
     QString nameOf(MidiEndpointRef ref) const;
 
-    MidiPortTable<JackClient> m_table;
     Scheduler& m_scheduler;
     bool m_started;
     bool m_openPosted = false; // a start of opening is queued on the main loop

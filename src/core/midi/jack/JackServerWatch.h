@@ -17,9 +17,6 @@ public:
     /// Main thread.
     explicit JackServerWatch(std::function<void()> changed);
 
-    /// The socket this watch looks for.
-    const QString& socketPath() const { return m_socket; }
-
 private:
     void onFolderChanged();
 

@@ -39,25 +39,25 @@ VirtualMidiSystem::Device VirtualMidiSystem::addDevice(const QString& name)
     return device;
 }
 
-void VirtualMidiSystem::remove(MidiEndpointRef endpoint)
+void VirtualMidiSystem::forget(MidiEndpointRef endpoint)
 {
     std::erase(m_sources, endpoint);
     std::erase(m_destinations, endpoint);
     m_names.erase(endpoint);
     for (auto& [ref, port] : m_ports)
         std::erase(port.attachedSources, endpoint);
+}
+
+void VirtualMidiSystem::remove(MidiEndpointRef endpoint)
+{
+    forget(endpoint);
     notifySetupChanged();
 }
 
 void VirtualMidiSystem::removeDevice(Device device)
 {
-    for (MidiEndpointRef e : {device.source, device.destination}) {
-        std::erase(m_sources, e);
-        std::erase(m_destinations, e);
-        m_names.erase(e);
-        for (auto& [ref, port] : m_ports)
-            std::erase(port.attachedSources, e);
-    }
+    forget(device.source);
+    forget(device.destination);
     notifySetupChanged();
 }
 
@@ -123,8 +123,6 @@ bool VirtualMidiSystem::isAttached(MidiEndpointRef source) const
 
 MidiClientRef VirtualMidiSystem::createClient(const QString& name, NotifyCallback notify)
 {
-    if (m_unavailable)
-        return 0;
     const MidiClientRef ref = m_nextRef++;
     m_clients[ref] = {name, std::move(notify)};
     return ref;
@@ -132,7 +130,7 @@ MidiClientRef VirtualMidiSystem::createClient(const QString& name, NotifyCallbac
 
 MidiPortRef VirtualMidiSystem::createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive)
 {
-    if (m_unavailable || !m_clients.contains(client))
+    if (!m_clients.contains(client))
         return 0;
     const MidiPortRef ref = m_nextRef++;
     m_ports[ref] = {client, name, std::move(receive), {}};
@@ -141,21 +139,7 @@ MidiPortRef VirtualMidiSystem::createInputPort(MidiClientRef client, const QStri
 
 MidiPortRef VirtualMidiSystem::createOutputPort(MidiClientRef client, const QString& name)
 {
-    if (m_unavailable || !m_clients.contains(client))
-        return 0;
-    const MidiPortRef ref = m_nextRef++;
-    m_ports[ref] = {client, name, {}, {}};
-    return ref;
-}
-
-MidiEndpointRef VirtualMidiSystem::source(int index) const
-{
-    return index >= 0 && index < sourceCount() ? m_sources[std::size_t(index)] : 0;
-}
-
-MidiEndpointRef VirtualMidiSystem::destination(int index) const
-{
-    return index >= 0 && index < destinationCount() ? m_destinations[std::size_t(index)] : 0;
+    return createInputPort(client, name, {}); // a port that receives nothing
 }
 
 std::optional<QString> VirtualMidiSystem::displayName(MidiEndpointRef endpoint) const

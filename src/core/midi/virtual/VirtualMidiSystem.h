@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../MidiSystem.h"
+#include "../ListingMidiSystem.h"
 #include "../MidiVocabulary.h"
 
 #include <chrono>
@@ -16,7 +16,7 @@ class Clock;
 ///
 /// Endpoint changes notify every client synchronously, as a real system would from its own thread;
 /// the engine posts the work to the main thread either way.
-class VirtualMidiSystem final : public MidiSystem {
+class VirtualMidiSystem final : public ListingMidiSystem {
 public:
     struct SentMessage {
         MidiEndpointRef destination = 0;
@@ -31,10 +31,6 @@ public:
     };
 
     explicit VirtualMidiSystem(const Clock* clock = nullptr);
-
-    /// When set, the system behaves as if there were none: creations fail (handle 0) and no
-    /// endpoint is listed.
-    void setUnavailable(bool unavailable) { m_unavailable = unavailable; }
 
     MidiEndpointRef addSource(std::optional<QString> name);
     MidiEndpointRef addDestination(std::optional<QString> name);
@@ -67,10 +63,6 @@ public:
     MidiClientRef createClient(const QString& name, NotifyCallback notify) override;
     MidiPortRef createInputPort(MidiClientRef client, const QString& name, ReceiveCallback receive) override;
     MidiPortRef createOutputPort(MidiClientRef client, const QString& name) override;
-    int sourceCount() const override { return m_unavailable ? 0 : int(m_sources.size()); }
-    MidiEndpointRef source(int index) const override;
-    int destinationCount() const override { return m_unavailable ? 0 : int(m_destinations.size()); }
-    MidiEndpointRef destination(int index) const override;
     std::optional<QString> displayName(MidiEndpointRef endpoint) const override;
     void connectSource(MidiPortRef inPort, MidiEndpointRef source) override;
     void disconnectSource(MidiPortRef inPort, MidiEndpointRef source) override;
@@ -88,15 +80,14 @@ private:
         std::vector<MidiEndpointRef> attachedSources;
     };
 
+    /// Takes an endpoint out of the listings and off every port, without telling anyone.
+    void forget(MidiEndpointRef endpoint);
     MidiEndpointRef addEndpoint(std::vector<MidiEndpointRef>& list, std::optional<QString> name, bool notify);
 
     const Clock* m_clock;
-    bool m_unavailable = false;
     quint32 m_nextRef = 1;
     std::map<MidiClientRef, Client> m_clients;
     std::map<MidiPortRef, Port> m_ports;
-    std::vector<MidiEndpointRef> m_sources;
-    std::vector<MidiEndpointRef> m_destinations;
     std::map<MidiEndpointRef, std::optional<QString>> m_names;
     std::vector<SentMessage> m_sent;
 };
