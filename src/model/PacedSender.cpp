@@ -40,7 +40,7 @@ struct Run {
     PhantomConsent consent;
     std::function<void()> onFinished;
     std::size_t next = 0;
-    std::shared_ptr<StopWaiter> stop; ///< set while a quit waits for this sequence
+    std::shared_ptr<StopWaiter> stop{}; ///< set while a quit waits for this sequence
 };
 
 /// Every sequence started, for stopAll (the main thread's only).

@@ -21,14 +21,14 @@ class ReadoutItem;
 struct PanelFace {
     struct Strip {
         ReadoutItem* readout;
-        std::vector<PushItem*> rows;     ///< lamps (check boxes) and plain buttons
+        std::vector<PushItem*> rows{};   ///< lamps (check boxes) and plain buttons
         GlossButtonItem* select = nullptr;
     };
     PanelItem* panel;
     QString name;
     PushItem* power = nullptr;
-    std::vector<Strip> strips;        ///< one a channel, in channel order
-    std::vector<QGraphicsItem*> rest; ///< buttons, displays and the knob below or right of the strips
+    std::vector<Strip> strips{};      ///< one a channel, in channel order
+    std::vector<QGraphicsItem*> rest{}; ///< buttons, displays and the knob below or right of the strips
     std::function<std::optional<int>()> knobChannel;
 };
 
