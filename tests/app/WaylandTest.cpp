@@ -96,25 +96,6 @@ QImage offscreenReference()
     return QImage(file).convertToFormat(QImage::Format_RGB32);
 }
 
-struct Difference {
-    int maxChannel = 0;
-    int overTolerance = 0; ///< pixels with any channel further off than kTolerance
-};
-
-Difference compare(const QImage& a, const QImage& b)
-{
-    Difference d;
-    for (int y = 0; y < a.height(); ++y) {
-        for (int x = 0; x < a.width(); ++x) {
-            const QRgb p = a.pixel(x, y), q = b.pixel(x, y);
-            const int off = std::max({std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)), std::abs(qBlue(p) - qBlue(q))});
-            d.maxChannel = std::max(d.maxChannel, off);
-            d.overTolerance += off > kTolerance;
-        }
-    }
-    return d;
-}
-
 /// The bounding box of the pixels that differ between two screenshots.
 QRect changed(const QImage& before, const QImage& after)
 {
@@ -191,10 +172,10 @@ TEST(Wayland, TheWindowOpensAtItsSizeWhereTheCompositorPutsItAndLooksAsOffscreen
     QRect where;
     const QImage shot = rig.screenshot(&where);
     ASSERT_EQ(where.size(), QSize(1298, 468) * outputScale()) << "the window as the compositor shows it";
-    const Difference d = compare(shot.copy(where), reference);
+    const PixelDifference d = difference(shot.copy(where), reference, kTolerance);
     std::cout << "output scale " << outputScale() << ": screenshot against the offscreen render: max channel difference "
-              << d.maxChannel << ", " << d.overTolerance << " pixels over " << kTolerance << std::endl;
-    EXPECT_EQ(d.overTolerance, 0);
+              << d.worst << ", " << d.over << " pixels over " << kTolerance << std::endl;
+    EXPECT_EQ(d.over, 0);
     if (const QString keep = qEnvironmentVariable("ORVAN_WAYLAND_SHOTS"); !keep.isEmpty()) // to look at by hand
         shot.save(QStringLiteral("%1/wayland-%2x.png").arg(keep).arg(outputScale()));
 }
