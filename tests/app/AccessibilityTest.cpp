@@ -1,4 +1,4 @@
-#include "AccessTree.h"
+#include "AccessRig.h"
 
 #include "ControlChange.h"
 

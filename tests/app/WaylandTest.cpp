@@ -2,7 +2,7 @@
 // seen through the compositor's own screenshots. Wayland.* runs on the headless back end at
 // output scale 1 and 2; WaylandInput.* on the X11 back end, whose seat turns X input into real
 // Wayland key and pointer events.
-#include "AccessTree.h"
+#include "AccessRig.h"
 
 #include "OrvanSwitch.h"
 
