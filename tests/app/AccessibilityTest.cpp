@@ -115,7 +115,7 @@ TEST(Accessibility, EveryLampIsNamedAfterTheSwitchItShowsAndToggles)
     }
 }
 
-TEST(Accessibility, AGainReadsWithItsRangeAndTheSelectionShowsOnTheSelectButtonTheReadoutTheKnobAndTheStatus)
+TEST(Accessibility, AGainControlReadsTheReportedGainWithItsRangeAndStep)
 {
     AccessRig rig({"Orvan"});
     QAccessibleInterface* gain = rig.control("Orvan", "Channel 2 gain");
@@ -127,7 +127,12 @@ TEST(Accessibility, AGainReadsWithItsRangeAndTheSelectionShowsOnTheSelectButtonT
     EXPECT_EQ((QList<int>{value->currentValue().toInt(), value->minimumValue().toInt(), value->maximumValue().toInt(),
                           value->minimumStepSize().toInt()}),
               (QList<int>{24, 18, 70, 3}));
+}
 
+TEST(Accessibility, TheSelectionShowsOnTheSelectButtonTheReadoutTheKnobAndTheStatusDisplay)
+{
+    AccessRig rig({"Orvan"});
+    rig.report("Orvan", controller(1, gainOffset), 8);
     QAccessibleInterface* knob = rig.control("Orvan", "Gain knob");
     EXPECT_EQ(knob->text(QAccessible::Value), "no channel selected");
 

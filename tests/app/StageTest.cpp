@@ -15,10 +15,7 @@
 using namespace orvan;
 using namespace orvan::test;
 
-// The window carries the application icon for task switchers and title bars: the same pictures
-// as the icon theme's, at every size a window manager asks for. (What the picture shows is the
-// icon renderer's test.)
-TEST(Stage, TheWindowIsTheFixedSizeUndecoratedStageTitledOrvanRCUWithTheThemesIcon)
+TEST(Stage, TheWindowIsTheFixedSizeUndecoratedStageTitledOrvanRCU)
 {
     StageRig rig;
     EXPECT_EQ(rig.window().windowTitle(), "Orvan RCU");
@@ -27,7 +24,7 @@ TEST(Stage, TheWindowIsTheFixedSizeUndecoratedStageTitledOrvanRCUWithTheThemesIc
     EXPECT_EQ(rig.window().maximumSize(), QSize(1298, 468));
     EXPECT_EQ(rig.window().mapFromScene(QPointF(1622, 585)), QPoint(1298, 468)) << "the whole stage at 0.8";
     EXPECT_TRUE(rig.window().hasFocus()) << "arrow keys work without a click";
-    QApplication::processEvents(); // centred, and given its icon, once shown (Wayland: WaylandTest)
+    QApplication::processEvents(); // the window is centred once shown (Wayland: WaylandTest)
     EXPECT_EQ(rig.window().frameGeometry().center(), rig.window().screen()->availableGeometry().center());
     // Only the top strip moves the window; the footer names the release.
     EXPECT_NE(dynamic_cast<DragStripItem*>(rig.stage().itemAt(QPointF(700, 10), QTransform())), nullptr);
@@ -36,7 +33,15 @@ TEST(Stage, TheWindowIsTheFixedSizeUndecoratedStageTitledOrvanRCUWithTheThemesIc
     for (QGraphicsItem* item : rig.stage().items(QPointF(40, 570)))
         footers << (dynamic_cast<FooterItem*>(item) ? static_cast<FooterItem*>(item)->text() : QString());
     EXPECT_TRUE(footers.contains("Orvan RCU " ORVAN_PROJECT_VERSION)) << footers.join('|').toStdString();
+}
 
+// The window carries the application icon for task switchers and title bars: the same pictures
+// as the icon theme's, at every size a window manager asks for. (What the picture shows is the
+// icon renderer's test.)
+TEST(Stage, TheWindowCarriesTheIconThemesPictureAtEverySize)
+{
+    StageRig rig;
+    QApplication::processEvents(); // the icon is given right after the first frame
     const QIcon icon = rig.window().windowIcon();
     for (int size : {16, 24, 32, 48, 64, 128}) {
         SCOPED_TRACE(std::to_string(size) + " px");
@@ -47,12 +52,21 @@ TEST(Stage, TheWindowIsTheFixedSizeUndecoratedStageTitledOrvanRCUWithTheThemesIc
     }
 }
 
-TEST(Stage, ScrollStepsTheControlUnderThePointerANotchAStepHoweverFinelyTheWheelSplitsItATrackpadNinePoints)
+namespace {
+/// An Orvan whose channel 1 reports 12 and is selected: the knob steps channel 1.
+struct SelectedChannel1 : StageRig {
+    SelectedChannel1() : StageRig({"Orvan"})
+    {
+        report("Orvan", 9, 12);
+        orvan().toggleSelect(0);
+    }
+};
+} // namespace
+
+TEST(Stage, AWheelNotchIsOneStepHoweverFinelyTheWheelSplitsItAndATrackpadNinePoints)
 {
-    StageRig rig({"Orvan"});
-    rig.report("Orvan", 9, 12);
-    rig.orvan().toggleSelect(0);
-    const QPointF knob = at(rig.stage().orvanPanel()->knob()); // steps the selection, channel 1
+    SelectedChannel1 rig;
+    const QPointF knob = at(rig.stage().orvanPanel()->knob());
     const struct {
         int delta; // per event: eighths of a degree, or trackpad points
         int events;
@@ -72,7 +86,11 @@ TEST(Stage, ScrollStepsTheControlUnderThePointerANotchAStepHoweverFinelyTheWheel
             turn.trackpad ? rig.swipe(knob, turn.delta) : rig.wheel(knob, turn.delta);
         EXPECT_EQ(rig.sent("Orvan"), (Sent{{9, turn.gain}})) << turn.events << " x " << turn.delta;
     }
-    rig.midi->clearSent();
+}
+
+TEST(Stage, ScrollGoesToTheControlUnderThePointerAndNowhereElse)
+{
+    SelectedChannel1 rig;
     rig.report("Orvan", 25, 12);
     rig.wheel(at(rig.stage().orvanPanel()->columns()[1]->readout()), 120); // channel 2 only
     rig.wheel(QPointF(800, 20), 120); // the drag strip holds no scroll control
