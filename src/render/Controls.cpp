@@ -88,21 +88,14 @@ void paintCapHighlight(QPainter& painter, QPointF centre, double diameter, doubl
 
 } // namespace
 
-QPainterPath glossButtonOutline(const QRectF& face)
-{
-    const double r = 0.42 * face.height();
-    QPainterPath p;
-    p.addRoundedRect(face, r, r);
-    return p;
-}
-
 void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, bool lit)
 {
     const double r = 0.42 * face.height();
     const QRectF bezel = face.adjusted(-2.5, -2.5, 2.5, 2.5);
     QPainterPath bezelPath;
     bezelPath.addRoundedRect(bezel, r + 2, r + 2);
-    const QPainterPath facePath = glossButtonOutline(face);
+    QPainterPath facePath;
+    facePath.addRoundedRect(face, r, r);
 
     paintRoundedHardShadow(painter, cache, bezel, r + 2, 3, 0.75);
     painter.fillPath(bezelPath, Qt::black);
