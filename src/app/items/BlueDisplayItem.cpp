@@ -31,16 +31,6 @@ BlueDisplayItem::BlueDisplayItem(Look look, std::function<QStringList()> lines, 
     setAcceptedMouseButtons(Qt::NoButton);
 }
 
-bool BlueDisplayItem::refresh()
-{
-    QStringList lines = m_source();
-    if (lines == m_lines)
-        return false;
-    m_lines = std::move(lines);
-    update();
-    return true;
-}
-
 QRectF BlueDisplayItem::boundingRect() const
 {
     return centred(m_look.bezel).adjusted(-12, -10, 10, 12);

@@ -31,14 +31,9 @@ ReadoutItem::ReadoutItem(Look look, DragProfile profile, std::function<std::opti
 
 bool ReadoutItem::refresh()
 {
-    const auto dB = m_decibels();
-    const bool selected = m_isSelected && m_isSelected();
-    if (dB == m_dB && selected == m_selected)
-        return false;
-    m_dB = dB;
-    m_selected = selected;
-    update();
-    return true;
+    const bool dBChanged = repaintIfChanged(*this, m_dB, m_decibels());
+    const bool selectionChanged = repaintIfChanged(*this, m_selected, m_isSelected && m_isSelected());
+    return dBChanged || selectionChanged;
 }
 
 QMarginsF ReadoutItem::paintMargins() const
