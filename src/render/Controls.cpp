@@ -1,5 +1,6 @@
 #include "Controls.h"
 
+#include "Centred.h"
 #include "RoundedShadow.h"
 #include "Theme.h"
 
@@ -20,7 +21,7 @@ QColor white(double level, double alpha = 1)
 
 QRectF circle(QPointF centre, double diameter)
 {
-    return {centre.x() - diameter / 2, centre.y() - diameter / 2, diameter, diameter};
+    return centredRect(centre, {diameter, diameter});
 }
 
 QPainterPath circlePath(QPointF centre, double diameter)
@@ -115,9 +116,7 @@ void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, 
 
     const QSizeF gloss(0.34 * face.width(), std::max(0.1 * face.height(), 2.0));
     const QPointF glossCentre = face.center() + QPointF(0.2 * face.width(), -0.3 * face.height());
-    const QRectF glossRect(glossCentre.x() - gloss.width() / 2, glossCentre.y() - gloss.height() / 2, gloss.width(),
-                           gloss.height());
-    paintRoundedGlow(painter, cache, glossRect, gloss.height() / 2, Qt::white, 0.6, 0.5);
+    paintRoundedGlow(painter, cache, centredRect(glossCentre, gloss), gloss.height() / 2, Qt::white, 0.6, 0.5);
 
     // The lit ring lies on top of everything, just inside the face's edge, and glows both ways.
     if (lit) {

@@ -1,6 +1,7 @@
 #include "GainDisplay.h"
 
 #include "Blur.h"
+#include "Centred.h"
 #include "SevenSegment.h"
 #include "Theme.h"
 
@@ -51,8 +52,7 @@ std::pair<int, int> GainDisplay::digits(std::optional<qint64> dB)
 
 void paintGainDisplay(QPainter& painter, PaintCache* cache, QPointF centre, const GainDisplay& display)
 {
-    const QSizeF size = GainDisplay::kSize;
-    const QRectF frame(centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height());
+    const QRectF frame = centredRect(centre, GainDisplay::kSize);
     QPainterPath glass;
     glass.addRoundedRect(frame, kCornerRadius, kCornerRadius);
     const QPainterPath legend = legendPath(frame);

@@ -1,6 +1,7 @@
 #include "PlatePainting.h"
 
 #include "BrushedTexture.h"
+#include "Centred.h"
 #include "Controls.h"
 #include "HardLight.h"
 #include "RoundedShadow.h"
@@ -60,7 +61,7 @@ void paintPlate(QPainter& painter, PaintCache* cache, const QRectF& plate, const
 
 void paintRackSlot(QPainter& painter, QPointF centre, QSizeF size, double rimWidth)
 {
-    const QRectF slot(centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height());
+    const QRectF slot = centredRect(centre, size);
     const double radius = size.height() / 2;
     QPainterPath capsule;
     capsule.addRoundedRect(slot, radius, radius);

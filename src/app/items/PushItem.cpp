@@ -1,5 +1,7 @@
 #include "PushItem.h"
 
+#include "Centred.h"
+
 #include <QGraphicsSceneMouseEvent>
 #include <QPainterPath>
 
@@ -30,8 +32,7 @@ QSizeF PushItem::size() const
 
 QRectF PushItem::faceRect() const
 {
-    const QSizeF s = size();
-    return {-s.width() / 2, -s.height() / 2, s.width(), s.height()};
+    return render::centredRect({}, size());
 }
 
 QRectF PushItem::boundingRect() const

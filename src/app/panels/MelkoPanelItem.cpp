@@ -1,6 +1,7 @@
 #include "MelkoPanelItem.h"
 
 #include "BrightnessEffect.h"
+#include "Centred.h"
 #include "Controls.h"
 #include "LampColors.h"
 #include "OrvanMIDI.h"
@@ -17,6 +18,8 @@
 #include <QPainter>
 
 namespace orvan {
+
+using render::centredRect;
 
 namespace {
 
@@ -90,11 +93,6 @@ const render::PlateLook& plateLook()
         .shadowOffset = {-7, 8},
     };
     return look;
-}
-
-QRectF centredRect(QPointF centre, QSizeF size)
-{
-    return {centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height()};
 }
 
 } // namespace

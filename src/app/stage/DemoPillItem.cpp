@@ -1,6 +1,7 @@
 #include "DemoPillItem.h"
 
 #include "Blur.h"
+#include "Centred.h"
 #include "DemoMode.h"
 #include "OrvanMIDI.h"
 #include "Lettering.h"
@@ -121,9 +122,7 @@ void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWi
         p.strokePath(rimPath, QPen(QBrush(rim), kRimWidth));
 
         // A soft streak of light, painted as its own blurred image.
-        const QRectF streak(QPointF(kHighlightOffset.x() - kHighlightSize.width() / 2,
-                                    kHighlightOffset.y() - kHighlightSize.height() / 2),
-                            kHighlightSize);
+        const QRectF streak = render::centredRect(kHighlightOffset, kHighlightSize);
         QPainterPath highlight;
         highlight.addRoundedRect(streak, streak.height() / 2, streak.height() / 2);
         render::paintGlow(p, PaintingScene::cacheOf(*this), highlight, Qt::white, kHighlightOpacity, kHighlightBlur);
