@@ -45,20 +45,6 @@ QConicalGradient conic(QPointF centre, double startDegrees, std::initializer_lis
     return g;
 }
 
-/// A stroke that lies entirely inside the shape's outline.
-void strokeInside(QPainter& painter, const QRectF& rect, double radius, const QBrush& brush, double width,
-                  bool ellipse = false)
-{
-    const double inset = width / 2;
-    QPainterPath path;
-    const QRectF r = rect.adjusted(inset, inset, -inset, -inset);
-    if (ellipse)
-        path.addEllipse(r);
-    else
-        path.addRoundedRect(r, std::max(0.0, radius - inset), std::max(0.0, radius - inset));
-    painter.strokePath(path, QPen(brush, width));
-}
-
 /// A black disc casting the hard shadow of the given depth: the well under knobs, buttons, screws.
 void paintShadowedDisc(QPainter& painter, PaintCache* cache, QPointF centre, double diameter, double depth)
 {
@@ -88,6 +74,18 @@ void paintCapHighlight(QPainter& painter, QPointF centre, double diameter, doubl
 }
 
 } // namespace
+
+void strokeInside(QPainter& painter, const QRectF& rect, double radius, const QBrush& brush, double width, bool ellipse)
+{
+    const double inset = width / 2;
+    QPainterPath path;
+    const QRectF r = rect.adjusted(inset, inset, -inset, -inset);
+    if (ellipse)
+        path.addEllipse(r);
+    else
+        path.addRoundedRect(r, std::max(0.0, radius - inset), std::max(0.0, radius - inset));
+    painter.strokePath(path, QPen(brush, width));
+}
 
 void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, bool lit)
 {

@@ -2,6 +2,7 @@
 
 #include "Blur.h"
 #include "Centred.h"
+#include "Controls.h"
 #include "SevenSegment.h"
 #include "Theme.h"
 
@@ -99,10 +100,7 @@ void paintGainDisplay(QPainter& painter, PaintCache* cache, QPointF centre, cons
     QLinearGradient rim(frame.topRight(), frame.bottomLeft());
     rim.setColorAt(0, QColor::fromRgbF(1, 1, 1, display.selected ? 0.95f : 0.55f));
     rim.setColorAt(1, QColor::fromRgbF(0, 0, 0, 0.7f));
-    QPainterPath rimPath;
-    const double inset = kRimWidth / 2;
-    rimPath.addRoundedRect(frame.adjusted(inset, inset, -inset, -inset), kCornerRadius - inset, kCornerRadius - inset);
-    painter.strokePath(rimPath, QPen(QBrush(rim), kRimWidth));
+    strokeInside(painter, frame, kCornerRadius, rim, kRimWidth);
 
     painter.fillPath(legend, display.labelColor);
 }

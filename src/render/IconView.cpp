@@ -3,6 +3,7 @@
 #include "Blur.h"
 #include "BrushedTexture.h"
 #include "Centred.h"
+#include "Controls.h"
 #include "HardLight.h"
 #include "SevenSegment.h"
 #include "Theme.h"
@@ -18,12 +19,6 @@ QPainterPath roundedRect(const QRectF& r, double radius)
     QPainterPath p;
     p.addRoundedRect(r, radius, radius);
     return p;
-}
-
-void strokeInside(QPainter& painter, const QRectF& r, double radius, const QBrush& brush, double width)
-{
-    const double inset = width / 2;
-    painter.strokePath(roundedRect(r.adjusted(inset, inset, -inset, -inset), radius - inset), QPen(brush, width));
 }
 
 QLinearGradient diagonal(const QRectF& r)

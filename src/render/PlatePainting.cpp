@@ -46,11 +46,7 @@ void paintPlate(QPainter& painter, PaintCache* cache, const QRectF& plate, const
     QLinearGradient border = alongLight(plate);
     for (int i = 0; i < 4; ++i)
         border.setColorAt(i / 3.0, look.border[size_t(i)]);
-    const double half = look.borderWidth / 2;
-    QPainterPath borderPath;
-    borderPath.addRoundedRect(plate.adjusted(half, half, -half, -half), look.cornerRadius - half,
-                              look.cornerRadius - half);
-    painter.strokePath(borderPath, QPen(QBrush(border), look.borderWidth));
+    strokeInside(painter, plate, look.cornerRadius, border, look.borderWidth);
 
     QPainterPath inner;
     const double inset = 2;

@@ -8,11 +8,8 @@
 namespace orvan {
 
 PushItem::PushItem(QSizeF size, std::function<void()> action, QGraphicsItem* parent)
-    : QGraphicsObject(parent)
-    , m_size(size)
-    , m_action(std::move(action))
+    : PushItem([size] { return size; }, std::move(action), parent)
 {
-    setAcceptedMouseButtons(Qt::LeftButton);
 }
 
 PushItem::PushItem(std::function<QSizeF()> measureSize, std::function<void()> action, QGraphicsItem* parent)

@@ -2,6 +2,7 @@
 
 #include "Blur.h"
 #include "Centred.h"
+#include "Controls.h"
 #include "DemoMode.h"
 #include "OrvanMIDI.h"
 #include "Lettering.h"
@@ -116,10 +117,7 @@ void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWi
         rim.setColorAt(0, QColor::fromRgbF(1, 1, 1, 0.9f));
         rim.setColorAt(0.5, QColor::fromRgbF(1, 1, 1, 0.1f));
         rim.setColorAt(1, QColor::fromRgbF(0, 0, 0, 0.5f));
-        const double inset = kRimWidth / 2;
-        QPainterPath rimPath;
-        rimPath.addRoundedRect(pill.adjusted(inset, inset, -inset, -inset), radius - inset, radius - inset);
-        p.strokePath(rimPath, QPen(QBrush(rim), kRimWidth));
+        render::strokeInside(p, pill, radius, rim, kRimWidth);
 
         // A soft streak of light, painted as its own blurred image.
         const QRectF streak = render::centredRect(kHighlightOffset, kHighlightSize);
