@@ -40,9 +40,9 @@ QPainterPath legendPath(const QRectF& frame)
     }();
     return atOrigin.translated(frame.bottomRight() + kLegendOffset);
 }
-} // namespace
 
-std::pair<int, int> GainDisplay::digits(std::optional<qint64> dB)
+/// The tens and ones digits shown for a value; -1 stands for the dash of an unknown value.
+std::pair<int, int> digits(std::optional<qint64> dB)
 {
     if (!dB)
         return {-1, -1};
@@ -50,6 +50,7 @@ std::pair<int, int> GainDisplay::digits(std::optional<qint64> dB)
     const qint64 v = *dB;
     return {int((v / 10) % 10), int(v - 10 * (v / 10))};
 }
+} // namespace
 
 void paintGainDisplay(QPainter& painter, PaintCache* cache, QPointF centre, const GainDisplay& display)
 {
@@ -69,7 +70,7 @@ void paintGainDisplay(QPainter& painter, PaintCache* cache, QPointF centre, cons
     fill.setColorAt(1, kGlassBottom);
     painter.fillPath(glass, fill);
 
-    const auto [tens, ones] = GainDisplay::digits(display.dB);
+    const auto [tens, ones] = digits(display.dB);
     const QSizeF digit = GainDisplay::kDigit;
     const double rowWidth = 2 * digit.width() + GainDisplay::kDigitSpacing;
     const QPointF rowTopLeft(frame.center().x() - rowWidth / 2, frame.center().y() - digit.height() / 2);

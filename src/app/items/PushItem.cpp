@@ -44,9 +44,8 @@ QPainterPath PushItem::shape() const
     return path;
 }
 
-void PushItem::mousePressEvent(QGraphicsSceneMouseEvent* event)
+void PushItem::mousePressEvent(QGraphicsSceneMouseEvent*)
 {
-    Q_UNUSED(event);
     setPressed(true);
 }
 
