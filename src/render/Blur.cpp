@@ -36,64 +36,41 @@ private:
     bool m_exact;
 };
 
-// One horizontal box pass of half-width r over premultiplied ARGB32 rows, written transposed so
-// that running it twice covers both directions with the same code.
+// One horizontal box pass of half-width r over rows of `Channels` 8-bit channels packed in a
+// `Pixel` (premultiplied ARGB32, or the coverage alone for shadows: a quarter of the work), written
+// transposed so that running it twice covers both directions with the same code.
+template <typename Pixel, int Channels>
 QImage boxPassTransposed(const QImage& src, int r)
 {
     const int w = src.width(), h = src.height();
-    QImage dst(h, w, QImage::Format_ARGB32_Premultiplied);
+    QImage dst(h, w, src.format());
     // The bits and the stride once: scanLine() on a non-const image checks for a detach per call,
     // and this loop writes one pixel per call.
     uchar* const bits = dst.bits();
     const qsizetype stride = dst.bytesPerLine();
     const int window = 2 * r + 1;
     const WindowAverage average(window);
-    std::vector<quint32> row(std::size_t(w + 2 * r));
+    std::vector<Pixel> row(std::size_t(w + 2 * r));
+    const auto channel = [](Pixel p, int c) { return quint32(p >> (8 * c)) & 0xFF; };
     for (int y = 0; y < h; ++y) {
-        const auto* in = reinterpret_cast<const quint32*>(src.constScanLine(y));
-        std::fill(row.begin(), row.end(), 0u);
+        const auto* in = reinterpret_cast<const Pixel*>(src.constScanLine(y));
+        std::fill(row.begin(), row.end(), Pixel(0));
         std::copy(in, in + w, row.begin() + r);
-        quint32 sum[4] = {0, 0, 0, 0};
+        quint32 sum[Channels] = {};
         for (int i = 0; i < window - 1; ++i)
-            for (int c = 0; c < 4; ++c)
-                sum[c] += (row[std::size_t(i)] >> (8 * c)) & 0xFF;
+            for (int c = 0; c < Channels; ++c)
+                sum[c] += channel(row[std::size_t(i)], c);
         for (int x = 0; x < w; ++x) {
-            const quint32 entering = row[std::size_t(x + window - 1)];
-            for (int c = 0; c < 4; ++c)
-                sum[c] += (entering >> (8 * c)) & 0xFF;
+            const Pixel entering = row[std::size_t(x + window - 1)];
             quint32 out = 0;
-            for (int c = 0; c < 4; ++c)
+            for (int c = 0; c < Channels; ++c) {
+                sum[c] += channel(entering, c);
                 out |= average(sum[c]) << (8 * c);
-            reinterpret_cast<quint32*>(bits + x * stride)[y] = out;
-            const quint32 leaving = row[std::size_t(x)];
-            for (int c = 0; c < 4; ++c)
-                sum[c] -= (leaving >> (8 * c)) & 0xFF;
-        }
-    }
-    return dst;
-}
-
-// The same pass over one 8-bit channel: shadows blur their coverage only, a quarter of the work.
-QImage boxPassTransposedAlpha(const QImage& src, int r)
-{
-    const int w = src.width(), h = src.height();
-    QImage dst(h, w, QImage::Format_Alpha8);
-    uchar* const bits = dst.bits();
-    const qsizetype stride = dst.bytesPerLine();
-    const int window = 2 * r + 1;
-    const WindowAverage average(window);
-    std::vector<quint8> row(std::size_t(w + 2 * r));
-    for (int y = 0; y < h; ++y) {
-        const quint8* in = src.constScanLine(y);
-        std::fill(row.begin(), row.end(), quint8(0));
-        std::copy(in, in + w, row.begin() + r);
-        quint32 sum = 0;
-        for (int i = 0; i < window - 1; ++i)
-            sum += row[std::size_t(i)];
-        for (int x = 0; x < w; ++x) {
-            sum += row[std::size_t(x + window - 1)];
-            bits[x * stride + y] = quint8(average(sum));
-            sum -= row[std::size_t(x)];
+            }
+            reinterpret_cast<Pixel*>(bits + x * stride)[y] = Pixel(out);
+            const Pixel leaving = row[std::size_t(x)];
+            for (int c = 0; c < Channels; ++c)
+                sum[c] -= channel(leaving, c);
         }
     }
     return dst;
@@ -144,8 +121,8 @@ QImage blurred(const QImage& image, double radius)
     const int passes = passesFor(radius);
     const int r = boxHalfWidth(radius, passes);
     for (int pass = 0; pass < passes; ++pass) {
-        out = alphaOnly ? boxPassTransposedAlpha(boxPassTransposedAlpha(out, r), r)
-                        : boxPassTransposed(boxPassTransposed(out, r), r);
+        out = alphaOnly ? boxPassTransposed<quint8, 1>(boxPassTransposed<quint8, 1>(out, r), r)
+                        : boxPassTransposed<quint32, 4>(boxPassTransposed<quint32, 4>(out, r), r);
     }
     return out;
 }

@@ -1,5 +1,6 @@
 #include "BrushedTexture.h"
 
+#include "Blur.h"
 #include "PaintCache.h"
 #include "SplitMix64.h"
 
@@ -43,6 +44,8 @@ void BrushedTexture::draw(QPainter& painter, QSizeF size) const
     painter.restore();
 }
 
+namespace {
+/// The texture's image for a frame size at a device scale.
 QImage brushedTextureImage(QSizeF size, bool vertical, double deviceScale)
 {
     const QSize pixels(std::max(1, int(std::ceil(size.width() * deviceScale))),
@@ -55,11 +58,11 @@ QImage brushedTextureImage(QSizeF size, bool vertical, double deviceScale)
     BrushedTexture{vertical}.draw(p, size);
     return image;
 }
+} // namespace
 
 void paintBrushedTexture(QPainter& painter, PaintCache* cache, const QRectF& rect, bool vertical)
 {
-    const QTransform t = painter.deviceTransform();
-    const double scale = std::sqrt(std::abs(t.m11() * t.m22() - t.m12() * t.m21()));
+    const double scale = deviceScale(painter);
     const auto make = [&] { return brushedTextureImage(rect.size(), vertical, scale); };
     if (!cache) {
         painter.drawImage(rect, make());

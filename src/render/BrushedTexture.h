@@ -26,7 +26,4 @@ struct BrushedTexture {
 /// scale), so it is kept in `cache` (when given) for the next plate of that size.
 void paintBrushedTexture(QPainter& painter, PaintCache* cache, const QRectF& rect, bool vertical);
 
-/// The texture's image for a frame size at a device scale (exposed for tests and benchmarks).
-QImage brushedTextureImage(QSizeF size, bool vertical, double deviceScale);
-
 } // namespace orvan::render

@@ -1,5 +1,6 @@
 #include "Controls.h"
 
+#include "Centred.h"
 #include "RoundedShadow.h"
 #include "Theme.h"
 
@@ -20,7 +21,7 @@ QColor white(double level, double alpha = 1)
 
 QRectF circle(QPointF centre, double diameter)
 {
-    return {centre.x() - diameter / 2, centre.y() - diameter / 2, diameter, diameter};
+    return centredRect(centre, {diameter, diameter});
 }
 
 QPainterPath circlePath(QPointF centre, double diameter)
@@ -42,20 +43,6 @@ QConicalGradient conic(QPointF centre, double startDegrees, std::initializer_lis
         ++i;
     }
     return g;
-}
-
-/// A stroke that lies entirely inside the shape's outline.
-void strokeInside(QPainter& painter, const QRectF& rect, double radius, const QBrush& brush, double width,
-                  bool ellipse = false)
-{
-    const double inset = width / 2;
-    QPainterPath path;
-    const QRectF r = rect.adjusted(inset, inset, -inset, -inset);
-    if (ellipse)
-        path.addEllipse(r);
-    else
-        path.addRoundedRect(r, std::max(0.0, radius - inset), std::max(0.0, radius - inset));
-    painter.strokePath(path, QPen(brush, width));
 }
 
 /// A black disc casting the hard shadow of the given depth: the well under knobs, buttons, screws.
@@ -88,12 +75,16 @@ void paintCapHighlight(QPainter& painter, QPointF centre, double diameter, doubl
 
 } // namespace
 
-QPainterPath glossButtonOutline(const QRectF& face)
+void strokeInside(QPainter& painter, const QRectF& rect, double radius, const QBrush& brush, double width, bool ellipse)
 {
-    const double r = 0.42 * face.height();
-    QPainterPath p;
-    p.addRoundedRect(face, r, r);
-    return p;
+    const double inset = width / 2;
+    QPainterPath path;
+    const QRectF r = rect.adjusted(inset, inset, -inset, -inset);
+    if (ellipse)
+        path.addEllipse(r);
+    else
+        path.addRoundedRect(r, std::max(0.0, radius - inset), std::max(0.0, radius - inset));
+    painter.strokePath(path, QPen(brush, width));
 }
 
 void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, bool lit)
@@ -102,7 +93,8 @@ void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, 
     const QRectF bezel = face.adjusted(-2.5, -2.5, 2.5, 2.5);
     QPainterPath bezelPath;
     bezelPath.addRoundedRect(bezel, r + 2, r + 2);
-    const QPainterPath facePath = glossButtonOutline(face);
+    QPainterPath facePath;
+    facePath.addRoundedRect(face, r, r);
 
     paintRoundedHardShadow(painter, cache, bezel, r + 2, 3, 0.75);
     painter.fillPath(bezelPath, Qt::black);
@@ -122,9 +114,7 @@ void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, 
 
     const QSizeF gloss(0.34 * face.width(), std::max(0.1 * face.height(), 2.0));
     const QPointF glossCentre = face.center() + QPointF(0.2 * face.width(), -0.3 * face.height());
-    const QRectF glossRect(glossCentre.x() - gloss.width() / 2, glossCentre.y() - gloss.height() / 2, gloss.width(),
-                           gloss.height());
-    paintRoundedGlow(painter, cache, glossRect, gloss.height() / 2, Qt::white, 0.6, 0.5);
+    paintRoundedGlow(painter, cache, centredRect(glossCentre, gloss), gloss.height() / 2, Qt::white, 0.6, 0.5);
 
     // The lit ring lies on top of everything, just inside the face's edge, and glows both ways.
     if (lit) {

@@ -14,11 +14,14 @@ class QPainter;
 /// panels add the engraved captions and the behaviour.
 namespace orvan::render {
 
+/// Strokes the outline of the rounded rectangle `rect` (or of its ellipse) with a line that lies
+/// entirely inside it.
+void strokeInside(QPainter& painter, const QRectF& rect, double radius, const QBrush& brush, double width,
+                  bool ellipse = false);
+
 /// A glossy rounded push button: bezel, face, rim, gloss, and, when lit, the blue ring and glow.
 /// `face` is the W x H face; the bezel reaches 2.5 points beyond it.
 void paintGlossButton(QPainter& painter, PaintCache* cache, const QRectF& face, bool lit);
-/// The face's outline (corner radius 0.42 x H).
-QPainterPath glossButtonOutline(const QRectF& face);
 
 /// A round indicator lamp of diameter `size`.
 void paintLED(QPainter& painter, PaintCache* cache, QPointF centre, double size, bool on, const QColor& color);

@@ -1,6 +1,8 @@
 #include "GainDisplay.h"
 
 #include "Blur.h"
+#include "Centred.h"
+#include "Controls.h"
 #include "SevenSegment.h"
 #include "Theme.h"
 
@@ -38,9 +40,9 @@ QPainterPath legendPath(const QRectF& frame)
     }();
     return atOrigin.translated(frame.bottomRight() + kLegendOffset);
 }
-} // namespace
 
-std::pair<int, int> GainDisplay::digits(std::optional<qint64> dB)
+/// The tens and ones digits shown for a value; -1 stands for the dash of an unknown value.
+std::pair<int, int> digits(std::optional<qint64> dB)
 {
     if (!dB)
         return {-1, -1};
@@ -48,11 +50,11 @@ std::pair<int, int> GainDisplay::digits(std::optional<qint64> dB)
     const qint64 v = *dB;
     return {int((v / 10) % 10), int(v - 10 * (v / 10))};
 }
+} // namespace
 
 void paintGainDisplay(QPainter& painter, PaintCache* cache, QPointF centre, const GainDisplay& display)
 {
-    const QSizeF size = GainDisplay::kSize;
-    const QRectF frame(centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height());
+    const QRectF frame = centredRect(centre, GainDisplay::kSize);
     QPainterPath glass;
     glass.addRoundedRect(frame, kCornerRadius, kCornerRadius);
     const QPainterPath legend = legendPath(frame);
@@ -68,7 +70,7 @@ void paintGainDisplay(QPainter& painter, PaintCache* cache, QPointF centre, cons
     fill.setColorAt(1, kGlassBottom);
     painter.fillPath(glass, fill);
 
-    const auto [tens, ones] = GainDisplay::digits(display.dB);
+    const auto [tens, ones] = digits(display.dB);
     const QSizeF digit = GainDisplay::kDigit;
     const double rowWidth = 2 * digit.width() + GainDisplay::kDigitSpacing;
     const QPointF rowTopLeft(frame.center().x() - rowWidth / 2, frame.center().y() - digit.height() / 2);
@@ -99,10 +101,7 @@ void paintGainDisplay(QPainter& painter, PaintCache* cache, QPointF centre, cons
     QLinearGradient rim(frame.topRight(), frame.bottomLeft());
     rim.setColorAt(0, QColor::fromRgbF(1, 1, 1, display.selected ? 0.95f : 0.55f));
     rim.setColorAt(1, QColor::fromRgbF(0, 0, 0, 0.7f));
-    QPainterPath rimPath;
-    const double inset = kRimWidth / 2;
-    rimPath.addRoundedRect(frame.adjusted(inset, inset, -inset, -inset), kCornerRadius - inset, kCornerRadius - inset);
-    painter.strokePath(rimPath, QPen(QBrush(rim), kRimWidth));
+    strokeInside(painter, frame, kCornerRadius, rim, kRimWidth);
 
     painter.fillPath(legend, display.labelColor);
 }

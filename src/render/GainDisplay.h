@@ -21,9 +21,6 @@ struct GainDisplay {
     static constexpr QSizeF kSize{68, 48};
     static constexpr QSizeF kDigit{19, 33};
     static constexpr double kDigitSpacing = 6;
-
-    /// The tens and ones digits shown for a value; -1 stands for the dash of an unknown value.
-    static std::pair<int, int> digits(std::optional<qint64> dB);
 };
 
 /// Paints the readout centred on `centre`, at the painter's scale.

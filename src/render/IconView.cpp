@@ -2,6 +2,8 @@
 
 #include "Blur.h"
 #include "BrushedTexture.h"
+#include "Centred.h"
+#include "Controls.h"
 #include "HardLight.h"
 #include "SevenSegment.h"
 #include "Theme.h"
@@ -12,22 +14,11 @@ namespace orvan::render {
 
 namespace {
 
-QRectF centred(QPointF centre, QSizeF size)
-{
-    return {centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height()};
-}
-
 QPainterPath roundedRect(const QRectF& r, double radius)
 {
     QPainterPath p;
     p.addRoundedRect(r, radius, radius);
     return p;
-}
-
-void strokeInside(QPainter& painter, const QRectF& r, double radius, const QBrush& brush, double width)
-{
-    const double inset = width / 2;
-    painter.strokePath(roundedRect(r.adjusted(inset, inset, -inset, -inset), radius - inset), QPen(brush, width));
 }
 
 QLinearGradient diagonal(const QRectF& r)
@@ -37,7 +28,7 @@ QLinearGradient diagonal(const QRectF& r)
 
 void paintLens(QPainter& painter, QPointF centre, double digitGlow)
 {
-    const QRectF lens = centred(centre, IconView::kLens);
+    const QRectF lens = centredRect(centre, IconView::kLens);
     const QPainterPath shape = roundedRect(lens, IconView::kLensRadius);
 
     paintShadow(painter, nullptr, shape, QColor::fromRgbF(0, 0, 0, 0.75f), 10, QPointF(-14, 20));
@@ -59,7 +50,7 @@ void paintLens(QPainter& painter, QPointF centre, double digitGlow)
     innerGlow.setColorAt(0.5, weak);
     innerGlow.setColorAt(1, Qt::transparent);
     QPainterPath ellipse;
-    ellipse.addEllipse(centred(shifted, QSizeF(520, 340)));
+    ellipse.addEllipse(centredRect(shifted, QSizeF(520, 340)));
     painter.fillPath(ellipse, innerGlow);
 
     painter.save();
@@ -71,7 +62,7 @@ void paintLens(QPainter& painter, QPointF centre, double digitGlow)
     font.setPixelSize(54);
     font.setBold(true);
     painter.setFont(font);
-    const QRectF legend = centred(centre + QPointF(185, 125), QSizeF(200, 80));
+    const QRectF legend = centredRect(centre + QPointF(185, 125), QSizeF(200, 80));
     painter.setPen(Qt::black);
     painter.drawText(legend.translated(-2, 3), Qt::AlignCenter, QStringLiteral("dB"));
     painter.setPen(Theme::engraving());
@@ -133,7 +124,7 @@ void IconDigits::paint(QPainter& painter, QSizeF frame, double glow)
 void IconView::paint(QPainter& painter, double digitGlow)
 {
     const QPointF centre(kCanvas / 2, kCanvas / 2);
-    const QRectF plate = centred(centre, QSizeF(kPlate, kPlate));
+    const QRectF plate = centredRect(centre, QSizeF(kPlate, kPlate));
     const QPainterPath shape = roundedRect(plate, kPlateRadius);
 
     // A one-off picture: nothing is painted twice, so no cache.

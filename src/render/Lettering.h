@@ -20,19 +20,14 @@ struct LetteringStyle {
     QColor color = Qt::white;
     bool monospaced = false;
     bool italic = false;
-    QString family;               ///< empty: the system sans-serif
-    std::optional<QColor> shadowColor; ///< a crisp (unblurred) shadow
-    std::optional<QLinearGradient> gradient; ///< fills the letters instead of `color` (in design points)
-    QPointF shadowOffset;
+    QString family{};               ///< empty: the system sans-serif
+    std::optional<QColor> shadowColor{}; ///< a crisp (unblurred) shadow
+    std::optional<QLinearGradient> gradient{}; ///< fills the letters instead of `color` (in design points)
+    QPointF shadowOffset{};
 
     static LetteringStyle of(double size, QFont::Weight weight, double tracking, QColor color)
     {
-        LetteringStyle style;
-        style.size = size;
-        style.weight = weight;
-        style.tracking = tracking;
-        style.color = color;
-        return style;
+        return {.size = size, .weight = weight, .tracking = tracking, .color = color};
     }
     LetteringStyle withShadow(QColor shadow, QPointF offset) const
     {

@@ -1,6 +1,7 @@
 #include "PlatePainting.h"
 
 #include "BrushedTexture.h"
+#include "Centred.h"
 #include "Controls.h"
 #include "HardLight.h"
 #include "RoundedShadow.h"
@@ -45,11 +46,7 @@ void paintPlate(QPainter& painter, PaintCache* cache, const QRectF& plate, const
     QLinearGradient border = alongLight(plate);
     for (int i = 0; i < 4; ++i)
         border.setColorAt(i / 3.0, look.border[size_t(i)]);
-    const double half = look.borderWidth / 2;
-    QPainterPath borderPath;
-    borderPath.addRoundedRect(plate.adjusted(half, half, -half, -half), look.cornerRadius - half,
-                              look.cornerRadius - half);
-    painter.strokePath(borderPath, QPen(QBrush(border), look.borderWidth));
+    strokeInside(painter, plate, look.cornerRadius, border, look.borderWidth);
 
     QPainterPath inner;
     const double inset = 2;
@@ -60,7 +57,7 @@ void paintPlate(QPainter& painter, PaintCache* cache, const QRectF& plate, const
 
 void paintRackSlot(QPainter& painter, QPointF centre, QSizeF size, double rimWidth)
 {
-    const QRectF slot(centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height());
+    const QRectF slot = centredRect(centre, size);
     const double radius = size.height() / 2;
     QPainterPath capsule;
     capsule.addRoundedRect(slot, radius, radius);

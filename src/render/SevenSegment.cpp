@@ -1,6 +1,7 @@
 #include "SevenSegment.h"
 
 #include "Blur.h"
+#include "Centred.h"
 #include "Theme.h"
 
 #include <QPainter>
@@ -34,10 +35,8 @@ QPainterPath Hex::path(const QRectF& r)
 
 QSet<QChar> SevenSegmentDigit::forDigit(int digit)
 {
-    QSet<QChar> set;
-    for (QChar c : digitSegments[std::size_t(digit)])
-        set.insert(c);
-    return set;
+    const QString& lit = digitSegments[std::size_t(digit)];
+    return QSet<QChar>(lit.begin(), lit.end());
 }
 
 QRectF SevenSegmentDigit::segmentFrame(char segment) const
@@ -57,7 +56,7 @@ QRectF SevenSegmentDigit::segmentFrame(char segment) const
     case 'e': size = {t, V}; centre = {t / 2, H - t / 2 - V / 2}; break;
     default: size = {t, V}; centre = {W - t / 2, H - t / 2 - V / 2}; break; // 'c'
     }
-    return {centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height()};
+    return centredRect(centre, size);
 }
 
 QTransform SevenSegmentDigit::slant() const

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QColor>
-#include <QPointF>
 
 /// The one look every panel shares: a hard light from the upper right.
 namespace orvan::render::Theme {
@@ -10,8 +9,5 @@ namespace orvan::render::Theme {
 inline QColor blueLit() { return QColor::fromRgbF(0.3f, 0.6f, 1.0f); }
 /// Engraved lettering.
 inline QColor engraving() { return QColor::fromRgbF(0.88f, 0.88f, 0.88f); }
-/// Light-following gradients run from the top-trailing corner to the bottom-leading one (unit points).
-inline constexpr QPointF kLightStart{1, 0};
-inline constexpr QPointF kLightEnd{0, 1};
 
 } // namespace orvan::render::Theme

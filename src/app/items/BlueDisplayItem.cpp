@@ -1,5 +1,6 @@
 #include "BlueDisplayItem.h"
 
+#include "Centred.h"
 #include "Controls.h"
 #include "RoundedShadow.h"
 #include "Theme.h"
@@ -15,10 +16,6 @@ const QColor kPaneTop = QColor::fromRgbF(0.18f, 0.38f, 1.0f);
 const QColor kPaneBottom = QColor::fromRgbF(0.05f, 0.15f, 0.75f);
 constexpr double kTextGrey = 0.96;
 
-QRectF centred(QSizeF size)
-{
-    return {-size.width() / 2, -size.height() / 2, size.width(), size.height()};
-}
 } // namespace
 
 BlueDisplayItem::BlueDisplayItem(Look look, std::function<QStringList()> lines, QGraphicsItem* parent)
@@ -31,25 +28,15 @@ BlueDisplayItem::BlueDisplayItem(Look look, std::function<QStringList()> lines, 
     setAcceptedMouseButtons(Qt::NoButton);
 }
 
-bool BlueDisplayItem::refresh()
-{
-    QStringList lines = m_source();
-    if (lines == m_lines)
-        return false;
-    m_lines = std::move(lines);
-    update();
-    return true;
-}
-
 QRectF BlueDisplayItem::boundingRect() const
 {
-    return centred(m_look.bezel).adjusted(-12, -10, 10, 12);
+    return render::centredRect({}, m_look.bezel).adjusted(-12, -10, 10, 12);
 }
 
 void BlueDisplayItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
 {
-    const QRectF bezel = centred(m_look.bezel);
-    const QRectF pane = centred(m_look.pane);
+    const QRectF bezel = render::centredRect({}, m_look.bezel);
+    const QRectF pane = render::centredRect({}, m_look.pane);
     QPainterPath bezelPath;
     bezelPath.addRoundedRect(bezel, m_look.bezelRadius, m_look.bezelRadius);
     QPainterPath panePath;

@@ -27,7 +27,7 @@ public:
     BlueDisplayItem(Look look, std::function<QStringList()> lines, QGraphicsItem* parent = nullptr);
 
     const QStringList& shownLines() const { return m_lines; }
-    bool refresh() override;
+    bool refresh() override { return repaintIfChanged(*this, m_lines, m_source()); }
     QRectF boundingRect() const override;
     void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override;
 

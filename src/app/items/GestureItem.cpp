@@ -45,8 +45,7 @@ void GestureItem::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
 void GestureItem::mouseReleaseEvent(QGraphicsSceneMouseEvent*)
 {
     // Only moves deliver steps: letting go ends the drag where the last move left it.
-    const bool dragged = m_drag.release();
-    if (!dragged)
+    if (!m_drag.release())
         activate();
 }
 

@@ -11,7 +11,7 @@ namespace orvan {
 
 /// A gain control that the user drags vertically or scrolls (a knob or a readout). Steps from both
 /// go to `onSteps`. A press that never becomes a drag is a click, passed to `onClick` if set.
-/// Subclasses paint the face inside `hitRect()`.
+/// Subclasses paint the face inside the hit rectangle.
 class GestureItem : public QGraphicsObject {
     Q_OBJECT
 
@@ -23,7 +23,6 @@ public:
 
     void setOnClick(std::function<void()> onClick) { m_onClick = std::move(onClick); }
     void setShapeIsEllipse(bool ellipse) { m_ellipse = ellipse; }
-    const QRectF& hitRect() const { return m_hitRect; }
 
     /// What a click does, for the keyboard and screen readers; nothing without `onClick`.
     bool hasClick() const { return bool(m_onClick); }

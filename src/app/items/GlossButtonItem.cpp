@@ -27,16 +27,6 @@ void GlossButtonItem::setCaption(QString caption, render::LetteringStyle style)
     update();
 }
 
-bool GlossButtonItem::refresh()
-{
-    const bool lit = m_isLit && m_isLit();
-    if (lit == m_lit)
-        return false;
-    m_lit = lit;
-    update();
-    return true;
-}
-
 QMarginsF GlossButtonItem::paintMargins() const
 {
     // Bezel, hard shadow down-left, and the lit glow.

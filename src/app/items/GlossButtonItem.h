@@ -22,7 +22,7 @@ public:
     bool isLit() const { return m_lit; }
     QRectF buttonFace() const { return faceRect().adjusted(kBezel / 2, kBezel / 2, -kBezel / 2, -kBezel / 2); }
 
-    bool refresh() override;
+    bool refresh() override { return repaintIfChanged(*this, m_lit, m_isLit && m_isLit()); }
     void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override;
 
 protected:

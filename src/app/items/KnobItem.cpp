@@ -18,16 +18,6 @@ KnobItem::KnobItem(std::function<double()> angleDegrees, std::function<void(int)
     m_angle = m_angleDegrees();
 }
 
-bool KnobItem::refresh()
-{
-    const double angle = m_angleDegrees();
-    if (angle == m_angle)
-        return false;
-    m_angle = angle;
-    update();
-    return true;
-}
-
 void KnobItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
 {
     render::paintKnob(*painter, PaintingScene::cacheOf(*this), QPointF(0, 0), qDegreesToRadians(m_angle));

@@ -15,7 +15,7 @@ public:
 
     KnobItem(std::function<double()> angleDegrees, std::function<void(int)> onSteps, QGraphicsItem* parent = nullptr);
 
-    bool refresh() override;
+    bool refresh() override { return repaintIfChanged(*this, m_angle, m_angleDegrees()); }
     void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override;
 
 protected:

@@ -33,16 +33,6 @@ QSizeF LampRowItem::rowSize(const Look& look, double labelWidth)
     return {width, std::max(look.lampSize, look.labelStyle.size * kRowHeightInLabelSizes)};
 }
 
-bool LampRowItem::refresh()
-{
-    const bool on = m_isOn && m_isOn();
-    if (on == m_on)
-        return false;
-    m_on = on;
-    update();
-    return true;
-}
-
 QMarginsF LampRowItem::paintMargins() const
 {
     return {6, 6, 6, 6}; // the lit lamp's glow

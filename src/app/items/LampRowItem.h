@@ -26,7 +26,7 @@ public:
                 QGraphicsItem* parent = nullptr);
 
     bool isOn() const { return m_on; }
-    bool refresh() override;
+    bool refresh() override { return repaintIfChanged(*this, m_on, m_isOn && m_isOn()); }
     void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override;
 
 protected:

@@ -22,12 +22,9 @@ PowerButtonItem::PowerButtonItem(std::function<bool()> isConnected, QString conn
 
 bool PowerButtonItem::refresh()
 {
-    const bool connected = m_isConnected();
-    if (connected == m_connected)
+    if (!repaintIfChanged(*this, m_connected, m_isConnected()))
         return false;
-    m_connected = connected;
-    setToolTip(connected ? m_connectedTip : m_missingTip);
-    update();
+    setToolTip(m_connected ? m_connectedTip : m_missingTip);
     return true;
 }
 

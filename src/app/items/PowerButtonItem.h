@@ -16,7 +16,6 @@ public:
     PowerButtonItem(std::function<bool()> isConnected, QString connectedTip, QString missingTip,
                     std::function<void()> action, QGraphicsItem* parent = nullptr);
 
-    bool showsConnected() const { return m_connected; }
     bool refresh() override;
     void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override;
 

@@ -1,19 +1,12 @@
 #include "PressLook.h"
 
+#include "Blur.h"
 #include "Brightness.h"
 
 #include <QPainter>
 #include <cmath>
 
 namespace orvan {
-
-namespace {
-double deviceScale(const QPainter& painter)
-{
-    const QTransform t = painter.deviceTransform();
-    return std::sqrt(std::abs(t.m11() * t.m22() - t.m12() * t.m21()));
-}
-} // namespace
 
 PressLook::PressLook(QPainter& painter, const QRectF& area, QPointF centre, bool pressed)
     : m_painter(painter)
@@ -23,7 +16,7 @@ PressLook::PressLook(QPainter& painter, const QRectF& area, QPointF centre, bool
         return;
     // Lowering each channel needs the finished pixels, which QPainter cannot read back: the face
     // is painted into its own layer at the device's resolution.
-    const double scale = deviceScale(painter);
+    const double scale = render::deviceScale(painter);
     m_layer = QImage(std::max(1, int(std::ceil(area.width() * scale))), std::max(1, int(std::ceil(area.height() * scale))),
                      QImage::Format_ARGB32_Premultiplied);
     m_layer.fill(Qt::transparent);

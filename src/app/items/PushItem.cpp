@@ -1,16 +1,15 @@
 #include "PushItem.h"
 
+#include "Centred.h"
+
 #include <QGraphicsSceneMouseEvent>
 #include <QPainterPath>
 
 namespace orvan {
 
 PushItem::PushItem(QSizeF size, std::function<void()> action, QGraphicsItem* parent)
-    : QGraphicsObject(parent)
-    , m_size(size)
-    , m_action(std::move(action))
+    : PushItem([size] { return size; }, std::move(action), parent)
 {
-    setAcceptedMouseButtons(Qt::LeftButton);
 }
 
 PushItem::PushItem(std::function<QSizeF()> measureSize, std::function<void()> action, QGraphicsItem* parent)
@@ -30,8 +29,7 @@ QSizeF PushItem::size() const
 
 QRectF PushItem::faceRect() const
 {
-    const QSizeF s = size();
-    return {-s.width() / 2, -s.height() / 2, s.width(), s.height()};
+    return render::centredRect({}, size());
 }
 
 QRectF PushItem::boundingRect() const
@@ -46,9 +44,8 @@ QPainterPath PushItem::shape() const
     return path;
 }
 
-void PushItem::mousePressEvent(QGraphicsSceneMouseEvent* event)
+void PushItem::mousePressEvent(QGraphicsSceneMouseEvent*)
 {
-    Q_UNUSED(event);
     setPressed(true);
 }
 

@@ -1,5 +1,6 @@
 #include "ReadoutItem.h"
 
+#include "Centred.h"
 #include "GainDisplay.h"
 #include "panels/PaintingScene.h"
 
@@ -7,18 +8,10 @@
 
 namespace orvan {
 
-namespace {
-/// The readout's whole 68 x 48 frame takes clicks and drags, however small it is drawn.
-QRectF readoutFrame()
-{
-    const QSizeF size = render::GainDisplay::kSize;
-    return {-size.width() / 2, -size.height() / 2, size.width(), size.height()};
-}
-} // namespace
-
 ReadoutItem::ReadoutItem(Look look, DragProfile profile, std::function<std::optional<qint64>()> decibels,
                          std::function<bool()> isSelected, std::function<void(int)> onSteps, QGraphicsItem* parent)
-    : GestureItem(readoutFrame(), profile, std::move(onSteps), parent)
+    // The readout's whole 68 x 48 frame takes clicks and drags, however small it is drawn.
+    : GestureItem(render::centredRect({}, render::GainDisplay::kSize), profile, std::move(onSteps), parent)
     , m_look(look)
     , m_decibels(std::move(decibels))
     , m_isSelected(std::move(isSelected))
@@ -31,14 +24,9 @@ ReadoutItem::ReadoutItem(Look look, DragProfile profile, std::function<std::opti
 
 bool ReadoutItem::refresh()
 {
-    const auto dB = m_decibels();
-    const bool selected = m_isSelected && m_isSelected();
-    if (dB == m_dB && selected == m_selected)
-        return false;
-    m_dB = dB;
-    m_selected = selected;
-    update();
-    return true;
+    const bool dBChanged = repaintIfChanged(*this, m_dB, m_decibels());
+    const bool selectionChanged = repaintIfChanged(*this, m_selected, m_isSelected && m_isSelected());
+    return dBChanged || selectionChanged;
 }
 
 QMarginsF ReadoutItem::paintMargins() const

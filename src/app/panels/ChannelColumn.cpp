@@ -7,7 +7,6 @@
 #include "PlatePainting.h"
 #include "RCUModel.h"
 #include "Theme.h"
-#include "access/SpokenName.h"
 #include "items/GlossButtonItem.h"
 #include "items/LampRowItem.h"
 #include "items/ReadoutItem.h"
@@ -65,9 +64,8 @@ ChannelColumn::ChannelColumn(RCUModel& model, int channel, QGraphicsItem* parent
         [&midi, channel] { return shownGainDecibels(midi.channels().value(channel)); },
         [&model, channel] { return model.selected().contains(channel); },
         [&model, channel](int steps) { model.adjustGain(steps, {channel}); }, this);
-    m_readout->setPos(0, kReadoutY);
-    m_readout->setToolTip(QStringLiteral("Drag up or down, or scroll, to change channel %1 gain").arg(n));
-    setSpokenName(m_readout, QStringLiteral("Channel %1 gain").arg(n));
+    placeControl(m_readout, {0, kReadoutY}, QStringLiteral("Channel %1 gain").arg(n),
+                 QStringLiteral("Drag up or down, or scroll, to change channel %1 gain").arg(n));
 
     for (const Row& row : rowTable()) {
         std::function<bool()> isOn = [] { return false; };
@@ -79,18 +77,14 @@ ChannelColumn::ChannelColumn(RCUModel& model, int channel, QGraphicsItem* parent
             action = [&model, channel, s] { model.apply(s, {channel}); };
             tip = QStringLiteral("Toggle %1 on channel %2").arg(row.label, n);
         }
-        auto* item = new LampRowItem(rowLook(row.color), row.label, isOn, action, this);
-        item->setPos(0, row.y);
-        item->setToolTip(tip);
-        setSpokenName(item, row.spoken.arg(n));
-        m_rows << item;
+        m_rows << placeControl(new LampRowItem(rowLook(row.color), row.label, isOn, action, this), {0, row.y},
+                               row.spoken.arg(n), tip);
     }
 
     m_select = new GlossButtonItem(kSelectButton, [&model, channel] { model.toggleSelect(channel); }, this);
     m_select->setLit([&model, channel] { return model.selected().contains(channel); });
-    m_select->setPos(0, kSelectButtonY);
-    m_select->setToolTip(QStringLiteral("Select channel %1").arg(n));
-    setSpokenName(m_select, QStringLiteral("Select channel %1").arg(n));
+    const QString selectText = QStringLiteral("Select channel %1").arg(n);
+    placeControl(m_select, {0, kSelectButtonY}, selectText, selectText);
 }
 
 void ChannelColumn::followWith(PanelItem& panel) const

@@ -16,7 +16,6 @@
 #include "items/PowerButtonItem.h"
 #include "items/ReadoutItem.h"
 #include "PaintingScene.h"
-#include "access/SpokenName.h"
 
 #include <QPainter>
 #include <algorithm>
@@ -108,13 +107,12 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
 {
     OrvanMIDI& engine = midi();
 
-    m_power = follow(new PowerButtonItem(
+    m_power = placeControl(follow(new PowerButtonItem(
         [&engine] { return engine.isConnected(); },
         QStringLiteral("Reset both channels: 18 dB, DI, +48V, pad, polarity and mute off"),
-        QStringLiteral("Dunra not found. Click to look again."), [&model] { model.powerPressed(); }, this));
-    m_power->setPos(kPower);
+        QStringLiteral("Dunra not found. Click to look again."), [&model] { model.powerPressed(); }, this)),
+        kPower, QStringLiteral("Power"));
     m_power->setScale(kPowerScale);
-    setSpokenName(m_power, QStringLiteral("Power"));
 
     // Always two rows, whatever the unit description says: this is the Dunra's face.
     for (int c = 0; c < 2; ++c) {
@@ -128,10 +126,9 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
             if (model.midi().isConnected())
                 model.toggleSelect(c);
         });
-        readout->setPos(kReadoutX, m_layout.rowDisplay[c]);
-        readout->setToolTip(QStringLiteral("Click to select channel %1. Drag or scroll to change its gain.").arg(n));
-        setSpokenName(readout, QStringLiteral("Channel %1 gain").arg(n));
-        m_readouts[c] = readout;
+        m_readouts[c] = placeControl(
+            readout, {kReadoutX, m_layout.rowDisplay[c]}, QStringLiteral("Channel %1 gain").arg(n),
+            QStringLiteral("Click to select channel %1. Drag or scroll to change its gain.").arg(n));
 
         for (int i = 0; i < 5; ++i) {
             const Cell& cell = cells()[i];
@@ -141,37 +138,32 @@ DunraPanelItem::DunraPanelItem(RCUModel& model, DunraLayout layout, QGraphicsIte
             auto* item = follow(new LampRowItem(
                 look, cell.label, [&engine, c, s = cell.sw] { return engine.channels().value(c).isOn(s); },
                 [&model, c, s = cell.sw] { model.apply(s, {c}); }, this));
-            item->setPos(m_layout.buttonX[i], m_layout.rowLED[c]);
-            item->setToolTip(QStringLiteral("Toggle %1 on channel %2").arg(cell.label, n));
-            setSpokenName(item, cell.spoken.arg(n));
-            m_cells[c][i] = item;
+            m_cells[c][i] = placeControl(item, {m_layout.buttonX[i], m_layout.rowLED[c]}, cell.spoken.arg(n),
+                                         QStringLiteral("Toggle %1 on channel %2").arg(cell.label, n));
         }
     }
 
     for (int i = 0; i < 6; ++i) {
         std::function<void()> action = i < 5 ? std::function<void()>([&model, s = cells()[i].sw] { model.applyToSelected(s); })
                                              : std::function<void()>([&model] { model.selectAllOrClear(); });
+        const QString spoken = i < 5 ? cells()[i].spokenShared : QStringLiteral("Select all or clear");
         auto* button = new GlossButtonItem(kSharedButton, action, this);
-        button->setPos(m_layout.buttonX[i], kSharedY);
-        setSpokenName(button, i < 5 ? cells()[i].spokenShared : QStringLiteral("Select all or clear"));
-        m_shared << button;
+        m_shared << placeControl(button, {m_layout.buttonX[i], kSharedY}, spoken);
     }
 
-    m_knob = follow(new KnobItem([&model] { return model.knobAngle(); },
-                                 [&model](int steps) { model.adjustSelected(steps); }, this));
+    m_knob = placeControl(follow(new KnobItem([&model] { return model.knobAngle(); },
+                                              [&model](int steps) { model.adjustSelected(steps); }, this)),
+                          kKnob, QStringLiteral("Gain knob"),
+                          QStringLiteral("Turn or scroll to change gain on the selected channels. "
+                                         "Click to cycle channel 1, channel 2, both."));
     m_knob->setOnClick([&model] { model.cycleSelection(); });
-    m_knob->setPos(kKnob);
     m_knob->setScale(kKnobScale);
-    setSpokenName(m_knob, QStringLiteral("Gain knob"));
-    m_knob->setToolTip(QStringLiteral(
-        "Turn or scroll to change gain on the selected channels. Click to cycle channel 1, channel 2, both."));
 
     m_presetName = follow(new BlueDisplayItem(
         {.bezel = {146, 28}, .bezelRadius = 4, .pane = {140, 22}, .paneRadius = 3, .textBoxWidth = 130,
          .fontSize = 11, .glassHighlight = false, .blueGlow = false, .shadowDepth = 2},
         [&model] { return QStringList{presetDisplayText(model)}; }, this));
-    m_presetName->setPos(kPresetName);
-    setSpokenName(m_presetName, QStringLiteral("Dunra preset"));
+    placeControl(m_presetName, kPresetName, QStringLiteral("Dunra preset"));
 
     const PresetButtonRow presetRow{.x = {1259, 1289, 1327, 1374}, .width = {26, 26, 38, 46}, .y = kPresetRowY,
                                      .height = 18, .caption = engraved(6, QFont::DemiBold, 0.3)};

@@ -1,6 +1,7 @@
 #include "MelkoPanelItem.h"
 
 #include "BrightnessEffect.h"
+#include "Centred.h"
 #include "Controls.h"
 #include "LampColors.h"
 #include "OrvanMIDI.h"
@@ -12,12 +13,13 @@
 #include "items/LampRowItem.h"
 #include "items/ReadoutItem.h"
 #include "PaintingScene.h"
-#include "access/SpokenName.h"
 
 #include <QGraphicsRectItem>
 #include <QPainter>
 
 namespace orvan {
+
+using render::centredRect;
 
 namespace {
 
@@ -93,11 +95,6 @@ const render::PlateLook& plateLook()
     return look;
 }
 
-QRectF centredRect(QPointF centre, QSizeF size)
-{
-    return {centre.x() - size.width() / 2, centre.y() - size.height() / 2, size.width(), size.height()};
-}
-
 } // namespace
 
 MelkoPanelItem::MelkoPanelItem(RCUModel& model, std::array<double, 5> buttonY, QGraphicsItem* parent)
@@ -110,32 +107,24 @@ MelkoPanelItem::MelkoPanelItem(RCUModel& model, std::array<double, 5> buttonY, Q
         {.scale = kDisplayScale, .labelColor = kDarkInk}, DragProfiles::melkoReadout,
         [&engine] { return shownGainDecibels(engine.channels().value(0)); }, [] { return false; },
         [&model](int steps) { model.adjustGain(steps, {0}); }, this));
-    m_display->setPos(kDisplay);
-    m_display->setToolTip(QStringLiteral("Drag or scroll to change gain"));
-    setSpokenName(m_display, QStringLiteral("Gain"));
+    placeControl(m_display, kDisplay, QStringLiteral("Gain"), QStringLiteral("Drag or scroll to change gain"));
 
     for (int i = 0; i < 5; ++i) {
         const Row& row = rows()[i];
         const auto toggle = [&model, s = row.sw] { model.apply(s, {0}); };
         const LampRowItem::Look look{.lampSize = 8, .gap = 0, .labelWidth = 0, .color = row.color,
                                      .labelStyle = engravedDark(9.5, QFont::Bold, 0.2)};
-        m_lamps[i] = follow(new LampRowItem(
+        auto* lamp = follow(new LampRowItem(
             look, QString(), [&engine, s = row.sw] { return engine.channels().value(0).isOn(s); }, toggle, this));
-        m_lamps[i]->setPos(kLampX, m_buttonY[i]);
-        m_lamps[i]->setToolTip(QStringLiteral("Toggle ") + row.label);
-        setSpokenName(m_lamps[i], row.spokenLamp);
-
-        m_buttons[i] = new GlossButtonItem(kRowButton, toggle, this);
-        m_buttons[i]->setPos(kButtonX, m_buttonY[i]);
-        setSpokenName(m_buttons[i], row.spokenButton);
+        m_lamps[i] = placeControl(lamp, {kLampX, m_buttonY[i]}, row.spokenLamp, QStringLiteral("Toggle ") + row.label);
+        m_buttons[i] = placeControl(new GlossButtonItem(kRowButton, toggle, this), {kButtonX, m_buttonY[i]},
+                                    row.spokenButton);
     }
 
-    m_knob = follow(new KnobItem([&model] { return model.angle(0); },
-                                 [&model](int steps) { model.adjustGain(steps, {0}); }, this));
-    m_knob->setPos(kKnob);
+    m_knob = placeControl(follow(new KnobItem([&model] { return model.angle(0); },
+                                              [&model](int steps) { model.adjustGain(steps, {0}); }, this)),
+                          kKnob, QStringLiteral("Gain knob"), QStringLiteral("Turn or scroll to change gain"));
     m_knob->setScale(kKnobScale);
-    m_knob->setToolTip(QStringLiteral("Turn or scroll to change gain"));
-    setSpokenName(m_knob, QStringLiteral("Gain knob"));
 
     auto* legend = new QGraphicsRectItem(centredRect(kListenOnly, QSizeF(48, 8)), this);
     legend->setPen(Qt::NoPen);

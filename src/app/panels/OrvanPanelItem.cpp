@@ -12,7 +12,6 @@
 #include "items/KnobItem.h"
 #include "items/PowerButtonItem.h"
 #include "PaintingScene.h"
-#include "access/SpokenName.h"
 
 #include <QPainter>
 
@@ -99,12 +98,11 @@ OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
 {
     OrvanMIDI& engine = midi();
 
-    m_power = follow(new PowerButtonItem(
+    m_power = placeControl(follow(new PowerButtonItem(
         [&engine] { return engine.isConnected(); },
         QStringLiteral("Reset all channels: 18 dB, +48V, pad, polarity and mute off"),
-        QStringLiteral("Orvan not found. Click to look again."), [&model] { model.powerPressed(); }, this));
-    m_power->setPos(kPower);
-    setSpokenName(m_power, QStringLiteral("Power"));
+        QStringLiteral("Orvan not found. Click to look again."), [&model] { model.powerPressed(); }, this)),
+        kPower, QStringLiteral("Power"));
 
     for (int i = 0; i < engine.spec().channelCount; ++i) {
         auto* column = new ChannelColumn(model, i, this);
@@ -119,13 +117,11 @@ OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
             action = [&model, s = *row.sw] { model.applyToSelected(s); };
         else if (row.selectsAll)
             action = [&model] { model.selectAllOrClear(); };
-        auto* button = new GlossButtonItem(kSharedButton, action, this);
-        button->setPos(kSharedX, row.y);
         const bool inert = !row.sw && !row.selectsAll;
+        auto* button = placeControl(new GlossButtonItem(kSharedButton, action, this), {kSharedX, row.y}, row.spoken,
+                                    inert ? QStringLiteral("I/O is not mapped yet")
+                                          : QStringLiteral("Applies to the selected channels"));
         button->setOpacity(inert ? kInertOpacity : 1.0);
-        button->setToolTip(inert ? QStringLiteral("I/O is not mapped yet")
-                                 : QStringLiteral("Applies to the selected channels"));
-        setSpokenName(button, row.spoken);
         m_shared << button;
     }
 
@@ -137,24 +133,21 @@ OrvanPanelItem::OrvanPanelItem(RCUModel& model, QGraphicsItem* parent)
             return QStringList{first, second};
         },
         this));
-    m_status->setPos(kStatus);
-    setSpokenName(m_status, QStringLiteral("Orvan status display"));
+    placeControl(m_status, kStatus, QStringLiteral("Orvan status display"));
 
     m_presetName = follow(new BlueDisplayItem(
         {.bezel = {176, 30}, .bezelRadius = 5, .pane = {168, 22}, .paneRadius = 3.5, .textBoxWidth = 158,
          .fontSize = 12, .glassHighlight = false, .blueGlow = false, .shadowDepth = 2},
         [&model] { return QStringList{presetDisplayText(model)}; }, this));
-    m_presetName->setPos(kPresetName);
-    setSpokenName(m_presetName, QStringLiteral("Orvan preset"));
+    placeControl(m_presetName, kPresetName, QStringLiteral("Orvan preset"));
 
     const PresetButtonRow presetRow{.x = {1108, 1146, 1188, 1235}, .width = {34, 34, 34, 50}, .y = kPresetRowY,
                                      .height = 20, .caption = engraved(6.5, QFont::DemiBold, 0.4)};
     m_presetButtons = makePresetButtons(model, presetRow, this);
 
-    m_knob = follow(new KnobItem([&model] { return model.knobAngle(); },
-                                 [&model](int steps) { model.adjustSelected(steps); }, this));
-    m_knob->setPos(kKnob);
-    setSpokenName(m_knob, QStringLiteral("Gain knob"));
+    m_knob = placeControl(follow(new KnobItem([&model] { return model.knobAngle(); },
+                                              [&model](int steps) { model.adjustSelected(steps); }, this)),
+                          kKnob, QStringLiteral("Gain knob"));
 
     startFollowing();
 }

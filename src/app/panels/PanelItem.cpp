@@ -27,10 +27,7 @@ public:
         setAcceptedMouseButtons(Qt::NoButton);
         setZValue(-1);
     }
-    QRectF boundingRect() const override
-    {
-        return QRectF(QPointF(0, 0), m_panel->plateSize()).marginsAdded(kShadowMargins);
-    }
+    QRectF boundingRect() const override { return m_panel->boundingRect(); }
     void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) override
     {
         m_panel->drawFlatPlate(*painter, painter->worldTransform(), painter->renderHints(), painter->opacity());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "access/SpokenName.h"
 #include "items/Refreshable.h"
 
 #include <QGraphicsObject>
@@ -106,5 +107,17 @@ private:
     FlatPlate m_flat;
     double m_plateSeenFrom = -std::numeric_limits<double>::infinity();
 };
+
+/// Puts a control at `at` on its panel with the name a screen reader says and, when one is given,
+/// a tooltip (a control that words its own tooltip gets none); returns the control.
+template <typename Item>
+Item* placeControl(Item* item, QPointF at, const QString& spoken, const QString& tip = {})
+{
+    item->setPos(at);
+    setSpokenName(item, spoken);
+    if (!tip.isEmpty())
+        item->setToolTip(tip);
+    return item;
+}
 
 } // namespace orvan

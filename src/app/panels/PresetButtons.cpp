@@ -1,7 +1,7 @@
 #include "PresetButtons.h"
 
 #include "RCUModel.h"
-#include "access/SpokenName.h"
+#include "PanelItem.h"
 #include "items/GlossButtonItem.h"
 
 namespace orvan {
@@ -22,9 +22,7 @@ QList<GlossButtonItem*> makePresetButtons(RCUModel& model, const PresetButtonRow
     for (std::size_t i = 0; i < std::size(table); ++i) {
         auto* button = new GlossButtonItem(QSizeF(row.width[i], row.height), table[i].action, panel);
         button->setCaption(table[i].caption, row.caption);
-        button->setPos(row.x[i], row.y);
-        setSpokenName(button, table[i].spoken);
-        buttons << button;
+        buttons << placeControl(button, {row.x[i], row.y}, table[i].spoken);
     }
     return buttons;
 }

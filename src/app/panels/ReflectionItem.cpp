@@ -28,8 +28,6 @@ ReflectionItem::ReflectionItem(std::function<PanelItem*()> makeCopy, QSizeF plat
     };
     uncache(m_copy);
     setAcceptedMouseButtons(Qt::NoButton);
-    setAcceptHoverEvents(false);
-    setAcceptTouchEvents(false);
     // Kept aligned to device pixels, so a frame copies it instead of resampling it.
     setCacheMode(DeviceCoordinateCache);
     connect(m_copy, &PanelItem::changed, this, &ReflectionItem::invalidate);

@@ -92,6 +92,12 @@ const QByteArray& buildIdentity()
     return identity;
 }
 
+/// The folder the layers are kept in.
+QString directory()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + QStringLiteral("/OrvanRCU");
+}
+
 QString pathOf(const QString& name)
 {
     return directory() + QLatin1Char('/') + name + QStringLiteral(".layer");
@@ -109,11 +115,6 @@ std::vector<Pending>& pending()
 }
 
 } // namespace
-
-QString directory()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + QStringLiteral("/OrvanRCU");
-}
 
 quint64 keyFor(const QByteArray& description)
 {

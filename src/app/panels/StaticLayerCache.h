@@ -14,9 +14,6 @@
 /// content; a short, damaged or odd file) is ignored: the caller paints afresh and stores again.
 namespace orvan::StaticLayerCache {
 
-/// The folder the layers are kept in.
-QString directory();
-
 /// A key naming one layer's content and geometry for this build: the same description gives
 /// the same key only in the same build of the program.
 quint64 keyFor(const QByteArray& description);

@@ -1,13 +1,14 @@
 #include "DemoPillItem.h"
 
 #include "Blur.h"
+#include "Centred.h"
+#include "Controls.h"
 #include "DemoMode.h"
 #include "OrvanMIDI.h"
 #include "Lettering.h"
 #include "items/PressLook.h"
 #include "panels/PaintingScene.h"
 
-#include <QGraphicsSceneMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <algorithm>
@@ -55,20 +56,13 @@ double explanationWidth()
     static const double width = render::letteringWidth(kExplanation, explanationStyle());
     return width;
 }
-
-QRectF pillRect()
-{
-    const QSizeF s = DemoPillItem::kPillSize;
-    return {-s.width() / 2, -s.height() / 2, s.width(), s.height()};
-}
 } // namespace
 
 DemoPillItem::DemoPillItem(QList<OrvanMIDI*> engines, DemoMode& demo, QGraphicsItem* parent)
-    : QGraphicsObject(parent)
+    : PushItem(kPillSize, [&demo] { demo.setActive(!demo.active()); }, parent)
     , m_engines(std::move(engines))
     , m_demo(demo)
 {
-    setAcceptedMouseButtons(Qt::LeftButton);
     setCacheMode(DeviceCoordinateCache);
     for (OrvanMIDI* engine : m_engines)
         connect(engine, &OrvanMIDI::hardwarePresentChanged, this, &DemoPillItem::refresh);
@@ -92,30 +86,22 @@ void DemoPillItem::refresh()
 
 QRectF DemoPillItem::boundingRect() const
 {
-    QRectF r = pillRect().adjusted(-kGlowReach, -kGlowReach, kGlowReach, kGlowReach);
+    QRectF r = faceRect().adjusted(-kGlowReach, -kGlowReach, kGlowReach, kGlowReach);
     if (m_demo.active())
-        r = r.united(QRectF(pillRect().left() + kExplanationOffset, -10,
-                            explanationWidth() + 4, 20));
+        r = r.united(QRectF(faceRect().left() + kExplanationOffset, -10, explanationWidth() + 4, 20));
     return r;
-}
-
-QPainterPath DemoPillItem::shape() const
-{
-    QPainterPath path;
-    path.addRect(pillRect()); // the explanatory line takes no clicks
-    return path;
 }
 
 void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*)
 {
     const bool on = m_demo.active();
-    const QRectF pill = pillRect();
+    const QRectF pill = faceRect();
     const double radius = pill.height() / 2;
     QPainterPath capsule;
     capsule.addRoundedRect(pill, radius, radius);
 
     {
-        const PressLook press(*painter, boundingRect(), pill.center(), m_pressed);
+        const PressLook press(*painter, boundingRect(), pill.center(), isPressed());
         QPainter& p = press.painter();
 
         // The drop shadow falls from the glowing pill, so it lies under the glow.
@@ -131,15 +117,10 @@ void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWi
         rim.setColorAt(0, QColor::fromRgbF(1, 1, 1, 0.9f));
         rim.setColorAt(0.5, QColor::fromRgbF(1, 1, 1, 0.1f));
         rim.setColorAt(1, QColor::fromRgbF(0, 0, 0, 0.5f));
-        const double inset = kRimWidth / 2;
-        QPainterPath rimPath;
-        rimPath.addRoundedRect(pill.adjusted(inset, inset, -inset, -inset), radius - inset, radius - inset);
-        p.strokePath(rimPath, QPen(QBrush(rim), kRimWidth));
+        render::strokeInside(p, pill, radius, rim, kRimWidth);
 
         // A soft streak of light, painted as its own blurred image.
-        const QRectF streak(QPointF(kHighlightOffset.x() - kHighlightSize.width() / 2,
-                                    kHighlightOffset.y() - kHighlightSize.height() / 2),
-                            kHighlightSize);
+        const QRectF streak = render::centredRect(kHighlightOffset, kHighlightSize);
         QPainterPath highlight;
         highlight.addRoundedRect(streak, streak.height() / 2, streak.height() / 2);
         render::paintGlow(p, PaintingScene::cacheOf(*this), highlight, Qt::white, kHighlightOpacity, kHighlightBlur);
@@ -165,35 +146,6 @@ void DemoPillItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWi
         render::drawLettering(*painter, QRectF(pill.left() + kExplanationOffset, -10, 1000, 20), Qt::AlignLeft | Qt::AlignVCenter,
                       kExplanation, explanationStyle());
     }
-}
-
-void DemoPillItem::mousePressEvent(QGraphicsSceneMouseEvent*)
-{
-    m_pressed = true;
-    update();
-}
-
-void DemoPillItem::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
-{
-    const bool inside = pillRect().contains(event->pos());
-    if (inside != m_pressed) {
-        m_pressed = inside;
-        update();
-    }
-}
-
-void DemoPillItem::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
-{
-    const bool clicked = m_pressed && pillRect().contains(event->pos());
-    m_pressed = false;
-    update();
-    if (clicked)
-        activate();
-}
-
-void DemoPillItem::activate()
-{
-    m_demo.setActive(!m_demo.active());
 }
 
 } // namespace orvan

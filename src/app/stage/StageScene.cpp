@@ -33,52 +33,41 @@ StageScene::StageScene(OrvanRCUApp& app, QObject* parent)
     , m_melko(app.melkoModel())
 {
     setItemIndexMethod(QGraphicsScene::NoIndex); // few items, most of them updating: no BSP tree
+    const auto place = [this]<typename Item>(Item* item, QPointF at) {
+        item->setPos(at);
+        addItem(item);
+        return item;
+    };
 
-    auto* dunra = new DunraPanelItem(m_dunra);
-    dunra->setPos(kDunraAt);
-    addItem(dunra);
-    m_dunraPanel = dunra;
+    // In stacking order: each item is drawn over those added before it.
+    m_dunraPanel = place(new DunraPanelItem(m_dunra), kDunraAt);
+    m_orvanPanel = place(new OrvanPanelItem(m_orvan), kOrvanAt);
+    place(new ReflectionItem([this] { return new OrvanPanelItem(m_orvan); }, kOrvanPlate), kOrvanReflectionAt);
+    m_melkoPanel = place(new MelkoPanelItem(m_melko), kMelkoAt);
+    place(new ReflectionItem([this] { return new MelkoPanelItem(m_melko); }, kMelkoPlate), kMelkoReflectionAt);
+    addItem(new DragStripItem(kCanvas.width(), kDragStripHeight));
 
-    auto* orvan = new OrvanPanelItem(m_orvan);
-    orvan->setPos(kOrvanAt);
-    addItem(orvan);
-    m_orvanPanel = orvan;
-    auto* orvanReflection = new ReflectionItem([this] { return new OrvanPanelItem(m_orvan); }, kOrvanPlate);
-    orvanReflection->setPos(kOrvanReflectionAt);
-    addItem(orvanReflection);
+    const double footerY = kCanvas.height() - kFooterBottom;
+    place(new FooterItem(QStringLiteral("Orvan RCU ") + appVersion(), Qt::AlignLeft), {kFooterInset, footerY});
+    place(new FooterItem(kDedication, Qt::AlignRight), {kCanvas.width() - kFooterInset, footerY});
+    m_demoPill = place(new DemoPillItem({&m_orvan.midi(), &m_dunra.midi(), &m_melko.midi()}, DemoMode::shared()),
+                       {kCanvas.width() / 2, footerY - DemoPillItem::kPillSize.height() / 2});
 
-    auto* melko = new MelkoPanelItem(m_melko);
-    melko->setPos(kMelkoAt);
-    addItem(melko);
-    m_melkoPanel = melko;
-    auto* melkoReflection = new ReflectionItem([this] { return new MelkoPanelItem(m_melko); }, kMelkoPlate);
-    melkoReflection->setPos(kMelkoReflectionAt);
-    addItem(melkoReflection);
-
-    auto* strip = new DragStripItem(kCanvas.width(), kDragStripHeight);
-    addItem(strip);
-
-    auto* version = new FooterItem(QStringLiteral("Orvan RCU ") + appVersion(), Qt::AlignLeft);
-    version->setPos(kFooterInset, kCanvas.height() - kFooterBottom);
-    addItem(version);
-    auto* dedication = new FooterItem(kDedication, Qt::AlignRight);
-    dedication->setPos(kCanvas.width() - kFooterInset, kCanvas.height() - kFooterBottom);
-    addItem(dedication);
-
-    m_demoPill = new DemoPillItem({&m_orvan.midi(), &m_dunra.midi(), &m_melko.midi()}, DemoMode::shared());
-    m_demoPill->setPos(kCanvas.width() / 2, kCanvas.height() - kFooterBottom - DemoPillItem::kPillSize.height() / 2);
-    addItem(m_demoPill);
-
-    for (PanelItem* panel : std::initializer_list<PanelItem*>{dunra, orvan, melko})
+    for (PanelItem* panel : panels())
         connect(panel, &PanelItem::lookChanged, this, &StageScene::lookChanged);
     connect(m_demoPill, &DemoPillItem::lookChanged, this, &StageScene::lookChanged);
 
     setPlatesInBackground(true);
 }
 
+std::array<PanelItem*, 3> StageScene::panels() const
+{
+    return {m_dunraPanel, m_orvanPanel, m_melkoPanel};
+}
+
 void StageScene::setPlatesInBackground(bool inBackground)
 {
-    for (PanelItem* panel : std::initializer_list<PanelItem*>{m_dunraPanel, m_orvanPanel, m_melkoPanel})
+    for (PanelItem* panel : panels())
         panel->setPlateInBackground(inBackground);
     invalidate(sceneRect(), BackgroundLayer);
 }
@@ -95,7 +84,7 @@ void StageScene::drawBackground(QPainter* painter, const QRectF& exposed)
     paintBackdrop(*painter, sceneRect());
     painter->restore();
     // In stacking order, as the plates' own layers would be drawn.
-    for (PanelItem* panel : std::initializer_list<PanelItem*>{m_dunraPanel, m_orvanPanel, m_melkoPanel}) {
+    for (PanelItem* panel : panels()) {
         if (panel->plateInBackground())
             panel->paintPlateInto(*painter, hints);
     }

@@ -2,6 +2,8 @@
 
 #include "panels/PaintingScene.h"
 
+#include <array>
+
 namespace orvan {
 
 class DemoPillItem;
@@ -9,6 +11,7 @@ class DunraPanelItem;
 class MelkoPanelItem;
 class OrvanPanelItem;
 class OrvanRCUApp;
+class PanelItem;
 class RCUModel;
 
 /// The whole content of the window on a 1622 x 585 canvas: backdrop, the three panels (the Orvan
@@ -41,6 +44,9 @@ protected:
     void drawBackground(QPainter* painter, const QRectF& rect) override;
 
 private:
+    /// The panels in stacking order.
+    std::array<PanelItem*, 3> panels() const;
+
     RCUModel& m_orvan;
     RCUModel& m_dunra;
     RCUModel& m_melko;
