@@ -2,33 +2,18 @@
 // its first hand-over of window pixels to the X server is its first frame. At that moment this
 // prints the same "painted" and "settled" lines the start-up probe prints, with the resident
 // size, and ends the process, so that the benchmark times it exactly like our own start-up.
+#include "ResidentSize.h"
+
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <dlfcn.h>
 #include <unistd.h>
 #include <xcb/xproto.h>
 
 namespace {
 
-long residentKilobytes()
-{
-    FILE* status = std::fopen("/proc/self/status", "r");
-    if (!status)
-        return -1;
-    char line[256];
-    long kb = -1;
-    while (std::fgets(line, sizeof line, status)) {
-        if (std::strncmp(line, "VmRSS:", 6) == 0)
-            kb = std::atol(line + 6);
-    }
-    std::fclose(status);
-    return kb;
-}
-
 [[noreturn]] void reportFirstFrame()
 {
-    const long kb = residentKilobytes();
+    const long kb = orvan::bench::residentKilobytes();
     std::printf("painted %ld\nsettled %ld\n", kb, kb);
     std::fflush(stdout);
     _exit(0);

@@ -10,12 +10,12 @@
 #include "ApplicationShell.h"
 #include "HostMidi.h"
 #include "OrvanRCUApp.h"
+#include "ResidentSize.h"
 #include "stage/StageWindow.h"
 #include "time/SystemClock.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QPainter>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -28,18 +28,6 @@
 #include <vector>
 
 namespace {
-
-long residentKilobytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLong();
-    }
-    return -1;
-}
 
 /// Reports the first paint of a widget and ends the process, unless asked to stay.
 class FirstPaint final : public QObject {
@@ -57,11 +45,11 @@ protected:
             // Report after this paint has finished; quit after the tasks the paint left behind
             // (the app writes its layer cache there), so that a later start finds it.
             QTimer::singleShot(0, [stay = m_stay] {
-                std::printf("painted %ld\n", residentKilobytes());
+                std::printf("painted %ld\n", orvan::bench::residentKilobytes());
                 std::fflush(stdout);
                 // The resident size once those tasks have run: what the running app keeps.
                 QTimer::singleShot(0, [stay] {
-                    std::printf("settled %ld\n", residentKilobytes());
+                    std::printf("settled %ld\n", orvan::bench::residentKilobytes());
                     std::fflush(stdout);
                     if (!stay)
                         QCoreApplication::exit(0);

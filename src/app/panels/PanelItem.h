@@ -4,11 +4,11 @@
 #include "items/Refreshable.h"
 
 #include <QGraphicsObject>
-#include <limits>
 #include <QImage>
 #include <QPainter>
 #include <QTransform>
 #include <functional>
+#include <limits>
 #include <vector>
 
 namespace orvan {
