@@ -39,7 +39,7 @@ std::vector<Midi::WordParts> parseUmpWords(std::span<const quint32> words)
 {
     std::vector<Midi::WordParts> messages;
     for (quint32 w : words) {
-        if (const auto parts = Midi::partsOf(w))
+        if (const auto parts = Midi::partsOf(w); parts && parts->isControlChange())
             messages.push_back(*parts);
     }
     return messages;

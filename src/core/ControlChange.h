@@ -39,8 +39,9 @@ inline int controller(int channel, OrvanSwitch s) { return controller(channel, o
 /// The value a switch is sent with.
 quint8 switchValue(OrvanSwitch s, bool on);
 
-/// Every MIDI 1.0 channel voice word taken apart, in order; other words are skipped one word at a
-/// time. Channel and group are kept and not looked at further.
+/// Every MIDI 1.0 Control Change word taken apart, in order; other words are skipped one word at a
+/// time, on the MIDI thread, so that only what the engine reads is handed to the main thread.
+/// Channel and group are kept and not looked at further.
 std::vector<Midi::WordParts> parseUmpWords(std::span<const quint32> words);
 
 } // namespace orvan::ControlChange

@@ -2,14 +2,9 @@
 
 namespace orvan {
 
-DemoMode::DemoMode(bool active)
-    : m_active(active)
-{
-}
-
 DemoMode& DemoMode::shared()
 {
-    static DemoMode* instance = new DemoMode(false); // lives as long as the process
+    static DemoMode* instance = new DemoMode; // lives as long as the process
     return *instance;
 }
 

@@ -29,8 +29,8 @@ signals:
     void activeChanged(bool active);
 
 private:
-    explicit DemoMode(bool active);
-    bool m_active;
+    DemoMode() = default;
+    bool m_active = false;
 };
 
 } // namespace orvan

@@ -4,6 +4,7 @@
 #include "DemoMode.h"
 #include "DemoSamples.h"
 #include "UnitName.h"
+#include "midi/OwnClientName.h"
 #include "time/Clock.h"
 
 #include <QCoreApplication>
@@ -39,7 +40,7 @@ OrvanMIDI::OrvanMIDI(DeviceSpec spec, MidiSystem& system, const Clock& clock, QO
     const QPointer<OrvanMIDI> weak(this);
 
     // Called on a thread of the MIDI system: only posts.
-    m_client = m_system.createClient(QStringLiteral("OrvanRCU-") + m_spec.title, [weak](int messageId) {
+    m_client = m_system.createClient(QLatin1String(kOwnClientPrefix) + m_spec.title, [weak](int messageId) {
         if (messageId != kMidiSetupChanged)
             return;
         postToMainThread([weak] {
@@ -56,10 +57,8 @@ OrvanMIDI::OrvanMIDI(DeviceSpec spec, MidiSystem& system, const Clock& clock, QO
         postToMainThread([weak, triples = std::move(triples)] {
             if (!weak)
                 return;
-            for (const auto& t : triples) {
-                if (t.isControlChange())
-                    weak->receive(t.data1, t.data2);
-            }
+            for (const auto& t : triples)
+                weak->receive(t.data1, t.data2);
         });
     });
     m_outPort = m_system.createOutputPort(m_client, QStringLiteral("Out"));

@@ -80,7 +80,8 @@ void StageScene::drawBackground(QPainter* painter, const QRectF& exposed)
     // no antialiased edge of the backdrop in it.
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing, false);
-    painter->fillRect(exposed, Qt::black);
+    if (!sceneRect().contains(exposed))
+        painter->fillRect(exposed, Qt::black);
     paintBackdrop(*painter, sceneRect());
     painter->restore();
     // In stacking order, as the plates' own layers would be drawn.

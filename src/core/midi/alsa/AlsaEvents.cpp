@@ -39,7 +39,7 @@ std::span<const snd_seq_event_type_t> wantedTypes()
 std::optional<snd_seq_event_t> fromUmpWord(quint32 word)
 {
     const auto parts = Midi::partsOf(word);
-    if (!parts || !Midi::isChannelStatus(parts->status) || !parts->isControlChange())
+    if (!parts || !parts->isControlChange())
         return std::nullopt;
     snd_seq_event_t event;
     snd_seq_ev_clear(&event);

@@ -182,11 +182,11 @@ std::vector<AlsaPort> AlsaMidiSystem::listPorts() const
     return ports;
 }
 
-void AlsaMidiSystem::snapshot(MidiDirection direction)
+void AlsaMidiSystem::snapshot(const std::vector<AlsaPort>& ports, MidiDirection direction)
 {
     auto& list = direction == MidiDirection::source ? m_sources : m_destinations;
     list.clear();
-    for (const AlsaEndpoint& e : alsaEndpoints(listPorts(), direction)) {
+    for (const AlsaEndpoint& e : alsaEndpoints(ports, direction)) {
         const MidiEndpointRef ref = endpointRef(e.client, e.port);
         list.push_back(ref);
         m_names[ref] = e.displayName;
@@ -197,8 +197,9 @@ void AlsaMidiSystem::refresh()
 {
     // Where an absent sequencer gets looked for again.
     openMissing();
-    snapshot(MidiDirection::source);
-    snapshot(MidiDirection::destination);
+    const std::vector<AlsaPort> ports = listPorts(); // one walk of the sequencer serves both lists
+    snapshot(ports, MidiDirection::source);
+    snapshot(ports, MidiDirection::destination);
 }
 
 std::optional<QString> AlsaMidiSystem::displayName(MidiEndpointRef endpoint) const

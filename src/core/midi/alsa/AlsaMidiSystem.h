@@ -12,6 +12,16 @@ typedef struct _snd_seq snd_seq_t;
 
 namespace orvan {
 
+/// One sequencer client of the app and what it was asked for.
+struct AlsaClient : MidiClientWish {
+    static constexpr int kNoPort = -1;
+    snd_seq_t* seq = nullptr;
+    int inPort = kNoPort;
+    int outPort = kNoPort;
+    std::vector<std::unique_ptr<QSocketNotifier>> notifiers;
+    std::vector<quint32> words; // reused between reads
+};
+
 /// The ALSA sequencer behind the MIDI system seam.
 ///
 /// Every client is its own sequencer client with ports "In" and "Out". Hot-plug comes from the
@@ -23,16 +33,6 @@ namespace orvan {
 ///
 /// A client asked for while the sequencer is missing (no /dev/snd/seq) is remembered and opened by
 /// the next refresh() that finds the sequencer there; until then it costs one stat().
-/// One sequencer client of the app and what it was asked for.
-struct AlsaClient : MidiClientWish {
-    static constexpr int kNoPort = -1;
-    snd_seq_t* seq = nullptr;
-    int inPort = kNoPort;
-    int outPort = kNoPort;
-    std::vector<std::unique_ptr<QSocketNotifier>> notifiers;
-    std::vector<quint32> words; // reused between reads
-};
-
 class AlsaMidiSystem final : public PortTableMidiSystem<AlsaClient> {
 public:
     AlsaMidiSystem();
@@ -56,7 +56,7 @@ private:
     void openPorts(Client& client) override;
     void readEvents(Client& client);
     std::vector<AlsaPort> listPorts() const;
-    void snapshot(MidiDirection direction);
+    void snapshot(const std::vector<AlsaPort>& ports, MidiDirection direction);
     Client* clientOf(MidiPortRef port, bool isInput) const;
     void subscribe(MidiPortRef inPort, MidiEndpointRef source, bool subscribed);
 

@@ -1,5 +1,7 @@
 #include "AlsaPortListing.h"
 
+#include "../OwnClientName.h"
+
 #include <alsa/asoundlib.h>
 #include <algorithm>
 #include <map>

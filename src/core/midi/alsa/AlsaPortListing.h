@@ -1,7 +1,5 @@
 #pragma once
 
-#include "../OwnClientName.h"
-
 #include <QString>
 #include <vector>
 
